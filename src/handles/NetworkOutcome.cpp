@@ -1,0 +1,18 @@
+#include "handles/NetworkOutcome.h"
+
+namespace Korvo::Web {
+
+Error errorFor(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::NoError:                     return Error::None;
+    case QNetworkReply::TimeoutError:
+    case QNetworkReply::UnknownNetworkError:         return Error::TimeOut;
+    case QNetworkReply::OperationCanceledError:      return Error::Cancelled;
+    case QNetworkReply::AuthenticationRequiredError: return Error::AuthenticationRequired;
+    case QNetworkReply::InternalServerError:         return Error::Server;
+    default:                                         return Error::Network; // every other transport failure
+    }
+}
+
+} // namespace Korvo::Web

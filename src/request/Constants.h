@@ -1,0 +1,205 @@
+#pragma once
+
+#include <NQKorvoWeb/KorvoWebExport.h>
+
+#include <QtCore/QString>
+
+/// The vocabulary of the wire. All texts are constants that stand as soon as the library is loaded; they may be read on
+/// every thread.
+namespace Korvo::Web::Constants {
+
+/// Paths below the root of a server: no leading "/", to be appended to a root that ends in "/".
+namespace Route {
+
+// Web server.
+extern NQKORVOWEB_EXPORT const QString LOGIN;
+extern NQKORVOWEB_EXPORT const QString USER_2STEP_AUTH;
+extern NQKORVOWEB_EXPORT const QString PROJECT_COMPANY_KORVO_SERVICE;
+extern NQKORVOWEB_EXPORT const QString ACCOUNT_RESET_PASSWORD;
+extern NQKORVOWEB_EXPORT const QString PROJECT;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_STATUS;
+extern NQKORVOWEB_EXPORT const QString PROJECT_UPLOAD_INIT;
+extern NQKORVOWEB_EXPORT const QString PROJECT_UPLOAD_UPLOADED;
+extern NQKORVOWEB_EXPORT const QString PROJECT_UPLOAD_CANCEL;
+/// No request of the library uses it; it is there for hosts.
+extern NQKORVOWEB_EXPORT const QString FILE_DOWNLOAD_INIT;
+
+// Storage service.
+extern NQKORVOWEB_EXPORT const QString BUCKET;
+extern NQKORVOWEB_EXPORT const QString BUCKET_DELETE;
+extern NQKORVOWEB_EXPORT const QString BUCKET_SPACE;
+extern NQKORVOWEB_EXPORT const QString BUCKET_EXISTS;
+extern NQKORVOWEB_EXPORT const QString BUCKET_CLEANUP;
+extern NQKORVOWEB_EXPORT const QString BUCKET_FILES_FROM_LOCATIONS;
+extern NQKORVOWEB_EXPORT const QString BUCKET_PUTFILE;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_INIT;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_UPLOAD;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_COMPLETE;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_ABORT;
+extern NQKORVOWEB_EXPORT const QString START_TRANSCODING;
+extern NQKORVOWEB_EXPORT const QString STATUS;
+
+} // namespace Route
+
+/// Names of elements, without brackets, and whole attribute lists, for NetworkRequestBodyBuilder.
+namespace Xml {
+
+// Attribute lists of root elements: the instance namespace, then the namespace of the models that the root belongs to.
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_WEB;
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_SERVICE;
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_ACCOUNT_API;
+/// Attribute list of an element that holds STRING_D2P1 elements.
+extern NQKORVOWEB_EXPORT const QString PREFIX_API;
+
+// Root elements. "MULIT" is the published spelling of these names; the values are spelled as the servers read them.
+extern NQKORVOWEB_EXPORT const QString BUCKET_REQUEST;
+extern NQKORVOWEB_EXPORT const QString OBJECT_DELETE_REQUEST;
+extern NQKORVOWEB_EXPORT const QString OBJECT_EXISTS_REQUEST;
+extern NQKORVOWEB_EXPORT const QString USED_SPACE_REQUEST;
+extern NQKORVOWEB_EXPORT const QString CLEANUP_VERSION_FILES_REQUEST;
+extern NQKORVOWEB_EXPORT const QString LIST_FILES_REQUEST;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_FILE_REQUEST;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_INIT_REQUEST;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_PART_REQUEST;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_COMPLETE_REQUEST;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_ABORT_REQUEST;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_JOB;
+extern NQKORVOWEB_EXPORT const QString INIT_UPLOAD_REQUEST;
+extern NQKORVOWEB_EXPORT const QString FINISH_UPLOAD_REQUEST;
+extern NQKORVOWEB_EXPORT const QString CANCEL_UPLOAD_REQUEST;
+extern NQKORVOWEB_EXPORT const QString RESET_PASSWORD;
+
+// Elements inside a root.
+extern NQKORVOWEB_EXPORT const QString BUCKET_NAME;
+extern NQKORVOWEB_EXPORT const QString RELATIVE_PATH;
+extern NQKORVOWEB_EXPORT const QString KEEP_NEWEST_VERSION;
+extern NQKORVOWEB_EXPORT const QString DELIMITER;
+extern NQKORVOWEB_EXPORT const QString PREFIXES;
+extern NQKORVOWEB_EXPORT const QString STRING_D2P1;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_ARRAY;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_PART_ARRAY;
+extern NQKORVOWEB_EXPORT const QString OUTPUT_FILE_PATH;
+extern NQKORVOWEB_EXPORT const QString PROJECT_FOLDER_NAME;
+extern NQKORVOWEB_EXPORT const QString PART_NUMBER;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_ID;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_FILEKEY;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_OUTPUTKEY;
+extern NQKORVOWEB_EXPORT const QString COMPANY_ID;
+extern NQKORVOWEB_EXPORT const QString CREATION_DATE;
+extern NQKORVOWEB_EXPORT const QString EMAIL;
+extern NQKORVOWEB_EXPORT const QString HAS_PERMISSIONS_TO_OVERRIDE_ALL_PROJECTS;
+extern NQKORVOWEB_EXPORT const QString PROJECT_ID;
+extern NQKORVOWEB_EXPORT const QString PROJECT_NAME;
+extern NQKORVOWEB_EXPORT const QString USER_NAME;
+extern NQKORVOWEB_EXPORT const QString IMPORT_TYPE_FLAG;
+/// The value of IMPORT_TYPE_FLAG for Quickview projects.
+extern NQKORVOWEB_EXPORT const QString IMPORT_TYPE_QUICKVIEW;
+extern NQKORVOWEB_EXPORT const QString QZ_IMPORT_FLAG;
+
+} // namespace Xml
+
+/// The same vocabulary as finished tags, for bodies that are put together by plain concatenation.
+///
+/// The opening tag of a root element ends in a blank and is completed by one of the attribute lists and REQUEST_O_END.
+/// Opening tags end in _O or, for most root elements, in _0 (the digit): hosts use these very names.
+namespace LegacyXml {
+
+// Attribute lists and values, as in Xml.
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_WEB;
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_SERVICE;
+extern NQKORVOWEB_EXPORT const QString NAMESPACE_ACCOUNT_API;
+extern NQKORVOWEB_EXPORT const QString IMPORT_TYPE_QUICKVIEW;
+
+// Root elements.
+extern NQKORVOWEB_EXPORT const QString REQUEST_O_END;
+extern NQKORVOWEB_EXPORT const QString BUCKET_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString BUCKET_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString OBJECT_DELETE_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString OBJECT_DELETE_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString USED_SPACE_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString USED_SPACE_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString OBJECT_EXISTS_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString OBJECT_EXISTS_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString CLEANUP_VERSION_FILES_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString CLEANUP_VERSION_FILES_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString LIST_FILES_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString LIST_FILES_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_FILE_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_FILE_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_INIT_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_INIT_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_PART_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_PART_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_ABORT_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_ABORT_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_COMPLETE_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString UPLOAD_MULIT_COMPLETE_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString INIT_UPLOAD_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString INIT_UPLOAD_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString FINISH_UPLOAD_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString FINISH_UPLOAD_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString CANCEL_UPLOAD_REQUEST_0;
+extern NQKORVOWEB_EXPORT const QString CANCEL_UPLOAD_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString RESET_PASSWORD_REQUEST_O;
+extern NQKORVOWEB_EXPORT const QString RESET_PASSWORD_REQUEST_C;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_JOB_O;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_JOB_C;
+
+// Elements inside a root.
+extern NQKORVOWEB_EXPORT const QString COMPANY_ID_O;
+extern NQKORVOWEB_EXPORT const QString COMPANY_ID_C;
+extern NQKORVOWEB_EXPORT const QString CREATION_DATE_O;
+extern NQKORVOWEB_EXPORT const QString CREATION_DATE_C;
+extern NQKORVOWEB_EXPORT const QString DB_NAME_O;
+extern NQKORVOWEB_EXPORT const QString DB_NAME_C;
+extern NQKORVOWEB_EXPORT const QString PROJECT_DB_NEW_O;
+extern NQKORVOWEB_EXPORT const QString PROJECT_DB_NEW_C;
+extern NQKORVOWEB_EXPORT const QString EMAIL_O;
+extern NQKORVOWEB_EXPORT const QString EMAIL_C;
+extern NQKORVOWEB_EXPORT const QString USER_ID_O;
+extern NQKORVOWEB_EXPORT const QString USER_ID_C;
+extern NQKORVOWEB_EXPORT const QString HAS_PERMISSIONS_TO_OVERRIDE_ALL_PROJECTS_O;
+extern NQKORVOWEB_EXPORT const QString HAS_PERMISSIONS_TO_OVERRIDE_ALL_PROJECTS_C;
+extern NQKORVOWEB_EXPORT const QString PROJECT_ID_O;
+extern NQKORVOWEB_EXPORT const QString PROJECT_ID_C;
+extern NQKORVOWEB_EXPORT const QString PROJECT_NAME_O;
+extern NQKORVOWEB_EXPORT const QString PROJECT_NAME_C;
+extern NQKORVOWEB_EXPORT const QString USER_NAME_O;
+extern NQKORVOWEB_EXPORT const QString USER_NAME_C;
+extern NQKORVOWEB_EXPORT const QString QZ_IMPORT_FLAG_O;
+extern NQKORVOWEB_EXPORT const QString QZ_IMPORT_FLAG_C;
+extern NQKORVOWEB_EXPORT const QString IMPORT_TYPE_FLAG_O;
+extern NQKORVOWEB_EXPORT const QString IMPORT_TYPE_FLAG_C;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_FILEKEY_O;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_FILEKEY_C;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_OUTPUTKEY_O;
+extern NQKORVOWEB_EXPORT const QString PUT_TRANSCODING_OUTPUTKEY_C;
+extern NQKORVOWEB_EXPORT const QString BUCKET_NAME_O;
+extern NQKORVOWEB_EXPORT const QString BUCKET_NAME_C;
+extern NQKORVOWEB_EXPORT const QString RELATIVE_PATH_O;
+extern NQKORVOWEB_EXPORT const QString RELATIVE_PATH_C;
+extern NQKORVOWEB_EXPORT const QString KEEP_NEWEST_VERSION_O;
+extern NQKORVOWEB_EXPORT const QString KEEP_NEWEST_VERSION_C;
+extern NQKORVOWEB_EXPORT const QString PART_NUMBER_O;
+extern NQKORVOWEB_EXPORT const QString PART_NUMBER_C;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_ARRAY_O;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_ARRAY_C;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_PART_ARRAY_O;
+extern NQKORVOWEB_EXPORT const QString INPUT_FILE_PART_ARRAY_C;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_ID_O;
+extern NQKORVOWEB_EXPORT const QString MULTIPART_UPLOAD_ID_C;
+extern NQKORVOWEB_EXPORT const QString PROJECT_FOLDER_NAME_O;
+extern NQKORVOWEB_EXPORT const QString PROJECT_FOLDER_NAME_C;
+extern NQKORVOWEB_EXPORT const QString OUTPUT_FILE_PATH_O;
+extern NQKORVOWEB_EXPORT const QString OUTPUT_FILE_PATH_C;
+extern NQKORVOWEB_EXPORT const QString DELIMITER_O;
+extern NQKORVOWEB_EXPORT const QString DELIMITER_C;
+/// Carries Xml::PREFIX_API inside the tag.
+extern NQKORVOWEB_EXPORT const QString PREFIXES_O;
+extern NQKORVOWEB_EXPORT const QString PREFIXES_C;
+extern NQKORVOWEB_EXPORT const QString STRING_D2P1_O;
+extern NQKORVOWEB_EXPORT const QString STRING_D2P1_C;
+
+} // namespace LegacyXml
+
+} // namespace Korvo::Web::Constants

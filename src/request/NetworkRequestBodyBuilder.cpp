@@ -1,0 +1,62 @@
+#include "request/NetworkRequestBodyBuilder.h"
+
+namespace Korvo::Web {
+
+namespace {
+
+constexpr int LARGE_VALUE_BYTES = 64 * 1024;
+// What usually follows the content of a file: its end tag, its path and folder name, the end of the root.
+constexpr int SPACE_BEHIND_LARGE_VALUE_BYTES = 2 * 1024;
+
+// The content of a file makes up nearly the whole body. Left to grow by itself, the array would round its size up by
+// megabytes.
+void makeRoomForValue(QByteArray &output, const QByteArray &value)
+{
+    if (value.size() >= LARGE_VALUE_BYTES)
+        output.reserve(output.size() + value.size() + SPACE_BEHIND_LARGE_VALUE_BYTES);
+}
+
+} // namespace
+
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::startElement(const QByteArray &name, const QByteArray &attributes)
+{
+    if (name.isEmpty())
+        return *this;
+    openElements.append(name);
+    output.append('<').append(name);
+    if (!attributes.isEmpty())
+        output.append(' ').append(attributes);
+    output.append('>');
+    return *this;
+}
+
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::addElement(const QByteArray &name, const QByteArray &value)
+{
+    if (name.isEmpty())
+        return *this;
+    return startElement(name).addValue(value).closeElement();
+}
+
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::addValue(const QByteArray &value)
+{
+    makeRoomForValue(output, value);
+    output.append(value);
+    return *this;
+}
+
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::closeElement()
+{
+    if (openElements.isEmpty())
+        return *this;
+    output.append("</").append(openElements.takeLast()).append('>');
+    return *this;
+}
+
+QByteArray NetworkRequestBodyBuilder::generate()
+{
+    while (!openElements.isEmpty())
+        closeElement();
+    return output;
+}
+
+} // namespace Korvo::Web

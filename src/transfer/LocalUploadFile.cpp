@@ -1,0 +1,64 @@
+#include "transfer/LocalUploadFile.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Korvo::Web {
+
+namespace {
+
+constexpr QLatin1String VIDEO_EXTENSIONS[] = {QLatin1String("mpg"), QLatin1String("avi"), QLatin1String("mp2"),
+                                              QLatin1String("wmv"), QLatin1String("mp4"), QLatin1String("mov")};
+constexpr QLatin1String PICTURE_EXTENSIONS[]
+    = {QLatin1String("bmp"), QLatin1String("jpg"),  QLatin1String("jpeg"), QLatin1String("tiff"),
+       QLatin1String("emf"), QLatin1String("exif"), QLatin1String("png"),  QLatin1String("wmf")};
+
+template <std::size_t N>
+bool isOneOf(const QString &text, const QLatin1String (&choices)[N])
+{
+    return std::any_of(std::begin(choices), std::end(choices),
+                       [&text](QLatin1String choice) { return text == choice; });
+}
+
+QString lastPart(const QString &text, QLatin1Char separator)
+{
+    return text.mid(text.lastIndexOf(separator) + 1);
+}
+
+} // namespace
+
+LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, const QString &relativeFilePath, quint64 fileSize,
+                                 const QDateTime &modificationTime)
+    : absolutePath(absoluteFilePath)
+    , relativePath(relativeFilePath)
+    , lastModified(modificationTime)
+    , size(fileSize)
+{
+    classify();
+}
+
+// What follows the last dot of the whole relative path decides, even if that dot stands in the name of a folder.
+void LocalUploadFile::classify()
+{
+    const QString extension = lastPart(relativePath, QLatin1Char('.')).toLower();
+    isVideo = isOneOf(extension, VIDEO_EXTENSIONS);
+    isPicture = !isVideo && isOneOf(extension, PICTURE_EXTENSIONS);
+}
+
+bool LocalUploadFile::belongsToNode(const MediaNamesList &nodeMediaFiles) const
+{
+    if (nodeMediaFiles.contains(relativePath))
+        return true;
+    return relativePath.startsWith(QLatin1Char('/')) && nodeMediaFiles.contains(relativePath.mid(1));
+}
+
+QString LocalUploadFile::remoteKey(const MediaNamesList &nodeMediaFiles) const
+{
+    if (!isPicture && !isVideo)
+        return relativePath;
+    const QString kind = isPicture ? QStringLiteral("Picture/") : QStringLiteral("Video/");
+    const QString place = belongsToNode(nodeMediaFiles) ? QStringLiteral("Nod/") : QStringLiteral("Sec/");
+    return kind + place + lastPart(relativePath, QLatin1Char('/'));
+}
+
+} // namespace Korvo::Web

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "handles/BucketResponses.h"
+#include "transfer/LocalUploadFile.h"
+
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+class QFileInfo;
+
+namespace Korvo::Web {
+
+/// Finds the files of a local project folder that are to be uploaded.
+class ProjectFolderScan
+{
+public:
+    /// @param remoteFiles  what the bucket holds already, by file name
+    ProjectFolderScan(const QString &projectPath, const QMap<QString, RemoteFileEntry> &remoteFiles);
+
+    /// Every file to upload, depth first, in the order of the file system. Empty when the folder does not exist.
+    QList<LocalUploadFile> run();
+
+    /// Folders that run() could not look into: what they hold is not among the files.
+    QStringList unreadableFolders() const { return unreadable; }
+
+    /// The file as it is on the disk now.
+    LocalUploadFile describe(const QFileInfo &file) const;
+
+private:
+    void scan(const QString &folder);
+    bool isLeftOut(const QFileInfo &file) const;
+    bool isKnownProjectFile(const QFileInfo &file) const;
+    QString relativePath(const QString &absolutePath) const;
+
+    const QString root;
+    const QMap<QString, RemoteFileEntry> remote;
+    QList<LocalUploadFile> found;
+    QStringList unreadable;
+    QStringList enteredFolders; // canonical paths from the root down to where the scan stands
+};
+
+} // namespace Korvo::Web

@@ -1,0 +1,124 @@
+#include "transfer/LocalUploadFile.h"
+
+#include <QtTest/QTest>
+
+using namespace Korvo::Web;
+
+namespace {
+
+LocalUploadFile fileAt(const QString &relativePath)
+{
+    return LocalUploadFile(QStringLiteral("/project/") + relativePath, relativePath, 7, QDateTime());
+}
+
+enum Kind { Neither, Picture, Video };
+
+Kind kindOf(const LocalUploadFile &file)
+{
+    if (file.isVideo && file.isPicture)
+        qFatal("A file cannot be both");
+    return file.isVideo ? Video : file.isPicture ? Picture : Neither;
+}
+
+} // namespace
+
+class tst_LocalUploadFile : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keepsWhatItIsGiven();
+    void extensionDecidesTheKind_data();
+    void extensionDecidesTheKind();
+    void keyOfAFile_data();
+    void keyOfAFile();
+    void picturesOfTheSameNameShareAKey();
+};
+
+void tst_LocalUploadFile::keepsWhatItIsGiven()
+{
+    const QDateTime time(QDate(2024, 2, 29), QTime(23, 59, 58));
+    const LocalUploadFile file(QStringLiteral("/p/Köln #1/a b.txt"), QStringLiteral("/Köln #1/a b.txt"),
+                               Q_UINT64_C(18446744073709551615), time);
+    QCOMPARE(file.absolutePath, QStringLiteral("/p/Köln #1/a b.txt"));
+    QCOMPARE(file.relativePath, QStringLiteral("/Köln #1/a b.txt"));
+    QCOMPARE(file.size, Q_UINT64_C(18446744073709551615));
+    QCOMPARE(file.lastModified, time);
+    QVERIFY(!file.isVideo);
+    QVERIFY(!file.isPicture);
+}
+
+void tst_LocalUploadFile::extensionDecidesTheKind_data()
+{
+    QTest::addColumn<QString>("relativePath");
+    QTest::addColumn<int>("kind");
+    for (const char *extension : {"mpg", "avi", "mp2", "wmv", "mp4", "mov"})
+        QTest::newRow(extension) << QStringLiteral("a.") + QLatin1String(extension) << int(Video);
+    for (const char *extension : {"bmp", "jpg", "jpeg", "tiff", "emf", "exif", "png", "wmf"})
+        QTest::newRow(extension) << QStringLiteral("a.") + QLatin1String(extension) << int(Picture);
+    for (const char *extension : {"mpeg", "mkv", "mp3", "webm", "gif", "tif", "svg", "pdf", "db3", "xml", "txt", "jpg_"})
+        QTest::newRow(extension) << QStringLiteral("a.") + QLatin1String(extension) << int(Neither);
+    QTest::newRow("upper case video") << "Clip.MP4" << int(Video);
+    QTest::newRow("mixed case picture") << "Photo.JpEg" << int(Picture);
+    QTest::newRow("several dots") << "archive.tar.mp4" << int(Video);
+    QTest::newRow("only the last extension counts") << "a.mp4.txt" << int(Neither);
+    QTest::newRow("no dot") << "README" << int(Neither);
+    QTest::newRow("no dot, the whole path is the extension") << "MOV" << int(Video);
+    QTest::newRow("no dot, but a folder before it") << "sub/jpg" << int(Neither);
+    QTest::newRow("leading separator and no dot") << "/mp4" << int(Neither);
+    QTest::newRow("ends with a dot") << "a.mp4." << int(Neither);
+    QTest::newRow("starts with the dot") << ".png" << int(Picture);
+    QTest::newRow("dot in a folder alone") << "a.b/README" << int(Neither);
+    QTest::newRow("dot in a folder, name with blank") << "a.b/c d.avi" << int(Video);
+    QTest::newRow("blank behind the extension") << "a.mp4 " << int(Neither);
+    QTest::newRow("empty path") << "" << int(Neither);
+}
+
+void tst_LocalUploadFile::extensionDecidesTheKind()
+{
+    QFETCH(QString, relativePath);
+    QFETCH(int, kind);
+    QCOMPARE(int(kindOf(fileAt(relativePath))), kind);
+}
+
+void tst_LocalUploadFile::keyOfAFile_data()
+{
+    QTest::addColumn<QString>("relativePath");
+    QTest::addColumn<QString>("key");
+    QTest::newRow("picture of a section") << "a.jpg" << "Picture/Sec/a.jpg";
+    QTest::newRow("picture of a section, flattened") << "x/y/z/a.jpg" << "Picture/Sec/a.jpg";
+    QTest::newRow("picture of a section, leading separator") << "/x/a.jpg" << "Picture/Sec/a.jpg";
+    QTest::newRow("picture of a node") << "sub/dir/a.jpg" << "Picture/Nod/a.jpg";
+    QTest::newRow("picture of a node, leading separator on disk alone") << "/sub/dir/a.jpg" << "Picture/Nod/a.jpg";
+    QTest::newRow("picture of a node, leading separator in both") << "/led/b.png" << "Picture/Nod/b.png";
+    QTest::newRow("picture of a node, leading separator in the set alone") << "led/b.png" << "Picture/Sec/b.png";
+    QTest::newRow("picture of a node has its case") << "Sub/dir/a.jpg" << "Picture/Sec/a.jpg";
+    QTest::newRow("file name of a node picture elsewhere") << "other/a.jpg" << "Picture/Sec/a.jpg";
+    QTest::newRow("video of a section") << "v/clip.MP4" << "Video/Sec/clip.MP4";
+    QTest::newRow("video of a node") << "v/node.mov" << "Video/Nod/node.mov";
+    QTest::newRow("video of a node, leading separator") << "/v/node.mov" << "Video/Nod/node.mov";
+    QTest::newRow("two leading separators are not one") << "//v/node.mov" << "Video/Sec/node.mov";
+    QTest::newRow("backslashes are part of a name") << "x\\a.jpg" << "Picture/Sec/x\\a.jpg";
+    QTest::newRow("other file") << "sub/data.db3" << "sub/data.db3";
+    QTest::newRow("other file keeps its leading separator") << "/project.xml" << "/project.xml";
+    QTest::newRow("other file in the set of node media") << "notes/node.txt" << "notes/node.txt";
+    QTest::newRow("umlauts and blanks") << QStringLiteral("Übersicht/a b.JPG") << QStringLiteral("Picture/Sec/a b.JPG");
+    QTest::newRow("media folder name") << "Misc/Docu/film.mp4" << "Video/Sec/film.mp4";
+}
+
+void tst_LocalUploadFile::keyOfAFile()
+{
+    const MediaNamesList nodeMedia{QStringLiteral("sub/dir/a.jpg"), QStringLiteral("/led/b.png"),
+                                   QStringLiteral("v/node.mov"), QStringLiteral("notes/node.txt")};
+    QFETCH(QString, relativePath);
+    QTEST(fileAt(relativePath).remoteKey(nodeMedia), "key");
+}
+
+void tst_LocalUploadFile::picturesOfTheSameNameShareAKey()
+{
+    QCOMPARE(fileAt(QStringLiteral("one/a.jpg")).remoteKey({}), fileAt(QStringLiteral("two/a.jpg")).remoteKey({}));
+}
+
+QTEST_APPLESS_MAIN(tst_LocalUploadFile)
+
+#include "tst_LocalUploadFile.moc"

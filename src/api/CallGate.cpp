@@ -33,7 +33,8 @@ void CallGate::release()
 {
     --holds;
     if (holds == 0 && !waiting.isEmpty())
-        QMetaObject::invokeMethod(context, [this] { letNextThrough(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            context, [this] { letNextThrough(); }, Qt::QueuedConnection);
 }
 
 void CallGate::letNextThrough()

@@ -81,8 +81,8 @@ unsigned int KorvoWebApiPrivate::downloadQuickviewData(const QString &projectId,
                                                        QuickviewDownload download)
 {
     if (projectId.isEmpty() || outputFilePath.isEmpty()) {
-        return reject(DOWNLOAD_REJECTED, {{QStringLiteral("projectId"), projectId},
-                                          {QStringLiteral("outputFilePath"), outputFilePath}});
+        return reject(DOWNLOAD_REJECTED,
+                      {{QStringLiteral("projectId"), projectId}, {QStringLiteral("outputFilePath"), outputFilePath}});
     }
     const unsigned int id = newDownloadId();
     post([=, target = worker] { (target->*download)(projectId, outputFilePath, id); });
@@ -92,8 +92,7 @@ unsigned int KorvoWebApiPrivate::downloadQuickviewData(const QString &projectId,
 unsigned int KorvoWebApiPrivate::downloadSingleProjectFile(const QString &filePath, const QString &url)
 {
     if (filePath.isEmpty() || url.isEmpty()) {
-        return reject(DOWNLOAD_REJECTED,
-                      {{QStringLiteral("filePath"), filePath}, {QStringLiteral("url"), url}});
+        return reject(DOWNLOAD_REJECTED, {{QStringLiteral("filePath"), filePath}, {QStringLiteral("url"), url}});
     }
     const unsigned int id = newDownloadId();
     post([=, target = worker] { target->downloadSingleProjectFile(filePath, url, id); });
@@ -155,8 +154,8 @@ unsigned int KorvoWebApiPrivate::startUpload(const QString &projectId, const QSt
 {
     const unsigned int id = newUploadId();
     post([=, target = worker] {
-        target->uploadProject(projectId, projectName, projectPath, creationDate, importType, maxSimultaneousUploads,
-                              id, manholesMedia);
+        target->uploadProject(projectId, projectName, projectPath, creationDate, importType, maxSimultaneousUploads, id,
+                              manholesMedia);
     });
     return id;
 }

@@ -70,8 +70,7 @@ KorvoWebApi::LoginStatus KorvoWebApiWorker::loginStatus() const
     // There is no communicator when the worker thread could not be started.
     if (communicator && communicator->hasValidToken())
         return KorvoWebApi::LoginStatus::LoginStatusLoggedIn;
-    return loggingIn ? KorvoWebApi::LoginStatus::LoginStatusLoggingIn
-                     : KorvoWebApi::LoginStatus::LoginStatusLoggedOut;
+    return loggingIn ? KorvoWebApi::LoginStatus::LoginStatusLoggingIn : KorvoWebApi::LoginStatus::LoginStatusLoggedOut;
 }
 
 bool KorvoWebApiWorker::isAnyUploadActive() const

@@ -139,8 +139,7 @@ private:
     void leaveActiveDownloads(unsigned int id);
     void lowerDownloadFlagIfIdle();
     void registerDownload(unsigned int id, AbstractDownload *job);
-    void startDataDownload(unsigned int id, DynDataDownload *job, const QString &outputFilePath,
-                           const QString &dataId);
+    void startDataDownload(unsigned int id, DynDataDownload *job, const QString &outputFilePath, const QString &dataId);
     void enterUpload(unsigned int id);
     void leaveActiveUploads(unsigned int id);
     void lowerUploadFlagIfIdle();

@@ -18,8 +18,7 @@ void disposeOf(QObject *handle)
 void KorvoWebApiWorker::queryRemoteProjects()
 {
     const auto *const handle = communicator->queryProjects();
-    connect(handle, &UserProjectsRequestHandle::requestFinished, this,
-            &KorvoWebApiWorker::handleUserProjectsResponse);
+    connect(handle, &UserProjectsRequestHandle::requestFinished, this, &KorvoWebApiWorker::handleUserProjectsResponse);
     connect(handle, &RequestHandle::errorOccurred, this, &KorvoWebApiWorker::errorOccurred);
 }
 

@@ -55,8 +55,7 @@ void KorvoWebApiWorker::downloadProject(QString projectId, QString webProjectFol
         handleDownloadCompleted(downloadId);
 }
 
-void KorvoWebApiWorker::downloadQuickviewProjectData(QString projectId, QString outputFilePath,
-                                                     unsigned int downloadId)
+void KorvoWebApiWorker::downloadQuickviewProjectData(QString projectId, QString outputFilePath, unsigned int downloadId)
 {
     startDataDownload(downloadId, new QuickviewProjectDataDownload(communicator.data(), int(downloadId), this),
                       outputFilePath, projectId);
@@ -68,8 +67,7 @@ void KorvoWebApiWorker::downloadQuickviewSurveyData(QString projectId, QString o
                       outputFilePath, projectId);
 }
 
-void KorvoWebApiWorker::downloadQuickviewManholeData(QString projectId, QString outputFilePath,
-                                                     unsigned int downloadId)
+void KorvoWebApiWorker::downloadQuickviewManholeData(QString projectId, QString outputFilePath, unsigned int downloadId)
 {
     startDataDownload(downloadId, new QuickviewManholeDataDownload(communicator.data(), int(downloadId), this),
                       outputFilePath, projectId);
@@ -156,8 +154,7 @@ void KorvoWebApiWorker::lowerDownloadFlagIfIdle()
 
 void KorvoWebApiWorker::abortDownload(unsigned int id)
 {
-    AbstractDownload *const job
-        = findJob(downloads, id, QStringLiteral("Invalid id, project download not found."));
+    AbstractDownload *const job = findJob(downloads, id, QStringLiteral("Invalid id, project download not found."));
     if (!job)
         return;
     withJob(job, [](auto *download) { download->abort(); });
@@ -292,11 +289,12 @@ void KorvoWebApiWorker::uploadFile(QString bucketName, QString url, QString proj
         Q_EMIT errorOccurred(Error::FileOpen);
         return;
     }
-    connect(handle, &UploadFileRequestHandle::requestFinished, this, [this, handle](const UploadFileResponse &response) {
-        handle->deleteLater();
-        if (!response.isSuccess())
-            Q_EMIT errorOccurred(response.error());
-    });
+    connect(handle, &UploadFileRequestHandle::requestFinished, this,
+            [this, handle](const UploadFileResponse &response) {
+                handle->deleteLater();
+                if (!response.isSuccess())
+                    Q_EMIT errorOccurred(response.error());
+            });
 }
 
 } // namespace Korvo::Web

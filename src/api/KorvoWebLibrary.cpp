@@ -33,8 +33,6 @@ void KorvoWebLibrary::initialize()
     qRegisterMetaType<MediaNamesList>("MediaNamesList");
 }
 
-void KorvoWebLibrary::finalize()
-{
-}
+void KorvoWebLibrary::finalize() { }
 
 } // namespace Korvo::Web

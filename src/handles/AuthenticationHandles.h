@@ -39,7 +39,10 @@ class ClientCredentialsRequestHandle : public RequestHandle
 
 public:
     using RequestHandle::RequestHandle;
-    ClientCredentialsResponse waitForResponse(int timeoutMs) { return awaited<ClientCredentialsResponse>(*this, timeoutMs); }
+    ClientCredentialsResponse waitForResponse(int timeoutMs)
+    {
+        return awaited<ClientCredentialsResponse>(*this, timeoutMs);
+    }
 
 Q_SIGNALS:
     void requestFinished(ClientCredentialsResponse response);

@@ -147,8 +147,8 @@ void DownloadFileHandle::completeFile()
 
 void DownloadFileHandle::failWrite()
 {
-    fail(Error::FileWrite, QStringLiteral("Error while writing to file: ") + quoted(file.fileName())
-                               + QLatin1Char(' '));
+    fail(Error::FileWrite,
+         QStringLiteral("Error while writing to file: ") + quoted(file.fileName()) + QLatin1Char(' '));
 }
 
 void DownloadFileHandle::retry()

@@ -4,6 +4,7 @@ namespace Korvo::Web {
 
 Error errorFor(QNetworkReply::NetworkError error)
 {
+    // clang-format off
     switch (error) {
     case QNetworkReply::NoError:                     return Error::None;
     case QNetworkReply::TimeoutError:
@@ -13,6 +14,7 @@ Error errorFor(QNetworkReply::NetworkError error)
     case QNetworkReply::InternalServerError:         return Error::Server;
     default:                                         return Error::Network; // every other transport failure
     }
+    // clang-format on
 }
 
 } // namespace Korvo::Web

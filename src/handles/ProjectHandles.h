@@ -39,7 +39,10 @@ class BeginUploadProjectRequestHandle : public RequestHandle
 
 public:
     using RequestHandle::RequestHandle;
-    BeginUploadProjectResponse waitForResponse(int timeoutMs) { return awaited<BeginUploadProjectResponse>(*this, timeoutMs); }
+    BeginUploadProjectResponse waitForResponse(int timeoutMs)
+    {
+        return awaited<BeginUploadProjectResponse>(*this, timeoutMs);
+    }
 
 Q_SIGNALS:
     void requestFinished(BeginUploadProjectResponse response);

@@ -87,7 +87,8 @@ void RequestHandle::setReply(QNetworkReply *newReply)
         return;
     connect(reply, &QNetworkReply::finished, this, &RequestHandle::onReplyFinished);
     connect(reply, &QNetworkReply::uploadProgress, this, &RequestHandle::onReplyUploadProgress);
-    connect(reply, &QNetworkReply::downloadProgress, this, [this](qint64 bytesReceived) { limitLength(bytesReceived); });
+    connect(reply, &QNetworkReply::downloadProgress, this,
+            [this](qint64 bytesReceived) { limitLength(bytesReceived); });
 }
 
 void RequestHandle::limitLength(qint64 bytesReceived)

@@ -32,9 +32,15 @@ ResponseData *ResponseData::clone() const
     return new ResponseData(*this);
 }
 
-Response::Response() : Response(new ResponseData) { }
+Response::Response()
+    : Response(new ResponseData)
+{
+}
 
-Response::Response(ResponseData *newData) : d(newData) { }
+Response::Response(ResponseData *newData)
+    : d(newData)
+{
+}
 
 Response::~Response() = default;
 

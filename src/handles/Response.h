@@ -79,7 +79,10 @@ template <typename Values>
 class ResponseOf : public Response
 {
 protected:
-    ResponseOf() : Response(new Data) { }
+    ResponseOf()
+        : Response(new Data)
+    {
+    }
 
     const Values &values() const { return static_cast<const Data &>(data()).values; }
     /// The other copies keep theirs.

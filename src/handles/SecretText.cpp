@@ -16,12 +16,13 @@ struct Spelling
 
 // One text may be quoted in another: a JSON in a web page, a form in an address. Its signs are spelled accordingly.
 const Spelling SPELLINGS[] = {
-    {QLatin1String("\""), '"'},     {QLatin1String("'"), '"'},      {QLatin1String("&quot;"), '"'}, {QLatin1String("&apos;"), '"'},
-    {QLatin1String("&#34;"), '"'},  {QLatin1String("&#39;"), '"'},  {QLatin1String("%22"), '"'},    {QLatin1String("%27"), '"'},
-    {QLatin1String("u0022"), '"'},  {QLatin1String("u0027"), '"'},  {QLatin1String(":"), ':'},      {QLatin1String("%3A"), ':'},
-    {QLatin1String("="), '='},      {QLatin1String("%3D"), '='},    {QLatin1String("u003D"), '='},  {QLatin1String("<"), '<'},
-    {QLatin1String("&lt;"), '<'},   {QLatin1String(">"), '>'},      {QLatin1String("&gt;"), '>'},   {QLatin1String("%20"), ' '},
-    {QLatin1String("\\"), '\\'},
+    {QLatin1String("\""), '"'},     {QLatin1String("'"), '"'},     {QLatin1String("&quot;"), '"'},
+    {QLatin1String("&apos;"), '"'}, {QLatin1String("&#34;"), '"'}, {QLatin1String("&#39;"), '"'},
+    {QLatin1String("%22"), '"'},    {QLatin1String("%27"), '"'},   {QLatin1String("u0022"), '"'},
+    {QLatin1String("u0027"), '"'},  {QLatin1String(":"), ':'},     {QLatin1String("%3A"), ':'},
+    {QLatin1String("="), '='},      {QLatin1String("%3D"), '='},   {QLatin1String("u003D"), '='},
+    {QLatin1String("<"), '<'},      {QLatin1String("&lt;"), '<'},  {QLatin1String(">"), '>'},
+    {QLatin1String("&gt;"), '>'},   {QLatin1String("%20"), ' '},   {QLatin1String("\\"), '\\'},
 };
 
 struct Sign
@@ -87,7 +88,8 @@ int quotedEnd(const QString &text, int position, const QStringRef &quote, int ba
     for (; position < text.size(); ++position) {
         if (text.at(position) == QLatin1Char('\\')) {
             ++backslashes;
-        } else if (backslashes % period == backslashesBeforeQuote && text.midRef(position).startsWith(quote, Qt::CaseInsensitive)) {
+        } else if (backslashes % period == backslashesBeforeQuote
+                   && text.midRef(position).startsWith(quote, Qt::CaseInsensitive)) {
             return position - backslashesBeforeQuote;
         } else {
             backslashes = 0;
@@ -149,7 +151,7 @@ struct Assignment
 Assignment elementBehind(const QString &text, int nameEnd)
 {
     const int end = tagEnd(text, nameEnd);
-    return end < 0 ? Assignment() : Assignment {'>', end};
+    return end < 0 ? Assignment() : Assignment{'>', end};
 }
 
 Assignment assignmentBehind(const QString &text, int nameEnd)

@@ -29,8 +29,8 @@ UploadFileMultiPartRequestHandle::UploadFileMultiPartRequestHandle(const UploadF
         totalFileBytes = file.size();
         return;
     }
-    logFailure(className(), QStringLiteral("Couldn't open upload file: \"") + uploadFile.localFilePath
-                                + QLatin1Char('"'));
+    logFailure(className(),
+               QStringLiteral("Couldn't open upload file: \"") + uploadFile.localFilePath + QLatin1Char('"'));
     Q_EMIT errorOccurred(Error::FileOpen);
 }
 

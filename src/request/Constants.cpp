@@ -9,7 +9,8 @@ namespace {
 QString namespaceAttributes(const QString &clrNamespace)
 {
     return QStringLiteral("xmlns:i=\"http://www.w3.org/2001/XMLSchema-instance\""
-                          " xmlns=\"http://schemas.datacontract.org/2004/07/") + clrNamespace + QLatin1Char('"');
+                          " xmlns=\"http://schemas.datacontract.org/2004/07/")
+           + clrNamespace + QLatin1Char('"');
 }
 
 // Left open for the attribute list that follows.
@@ -63,8 +64,7 @@ namespace Xml {
 const QString NAMESPACE_WEB = namespaceAttributes(QStringLiteral("Norbel.Korvo.Web.Business.Models"));
 const QString NAMESPACE_SERVICE = namespaceAttributes(QStringLiteral("Norbel.Korvo.Service.SDK.Models.Request"));
 const QString NAMESPACE_ACCOUNT_API = namespaceAttributes(QStringLiteral("Norbel.Korvo.Web.Client.Controllers.Api"));
-const QString PREFIX_API =
-    QStringLiteral("xmlns:d2p1=\"http://schemas.microsoft.com/2003/10/Serialization/Arrays\"");
+const QString PREFIX_API = QStringLiteral("xmlns:d2p1=\"http://schemas.microsoft.com/2003/10/Serialization/Arrays\"");
 
 const QString BUCKET_REQUEST = QStringLiteral("BucketRequest");
 const QString OBJECT_DELETE_REQUEST = QStringLiteral("DeleteObjectRequest");

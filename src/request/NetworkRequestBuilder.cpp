@@ -58,11 +58,8 @@ QByteArray padded(QByteArray block, char pad)
 
 QString requestMethodToString(RequestMethod method)
 {
-    static const QMap<RequestMethod, QString> texts {
-        { GET, QStringLiteral("GET") },
-        { POST, QStringLiteral("POST") },
-        { PUT, QStringLiteral("PUT") }
-    };
+    static const QMap<RequestMethod, QString> texts{
+        {GET, QStringLiteral("GET")}, {POST, QStringLiteral("POST")}, {PUT, QStringLiteral("PUT")}};
     return texts.value(method);
 }
 
@@ -272,8 +269,9 @@ void NetworkRequestBuilder::buildAndAppendAuthHeader()
 QByteArray NetworkRequestBuilder::signature() const
 {
     // The id may have changed since the header was set, and the server goes by the header.
-    const QByteArray signedId = request->hasRawHeader(CLIENT_ID_HEADER) ? request->rawHeader(CLIENT_ID_HEADER) : clientId;
-    const QByteArrayList lines { requestMethodToString(method).toUtf8(), date, messageToken, signedId, path.toUtf8() };
+    const QByteArray signedId
+        = request->hasRawHeader(CLIENT_ID_HEADER) ? request->rawHeader(CLIENT_ID_HEADER) : clientId;
+    const QByteArrayList lines{requestMethodToString(method).toUtf8(), date, messageToken, signedId, path.toUtf8()};
     return hmacSha256(secretKey, lines.join('\n'));
 }
 

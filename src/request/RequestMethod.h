@@ -6,7 +6,7 @@ namespace Korvo::Web {
 enum RequestMethod {
     GET = 0,
     POST = 1,
-    PUT = 2
+    PUT = 2,
 };
 
 } // namespace Korvo::Web

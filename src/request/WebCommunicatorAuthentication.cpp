@@ -79,8 +79,8 @@ void WebCommunicator::applyServerDate(const QDateTime &serverDate)
 
 void WebCommunicator::fetchClientCredentials()
 {
-    auto *const handle = follow<ClientCredentialsRequestHandle>(
-        get(webRequest(Constants::Route::PROJECT_COMPANY_KORVO_SERVICE, GET)));
+    auto *const handle
+        = follow<ClientCredentialsRequestHandle>(get(webRequest(Constants::Route::PROJECT_COMPANY_KORVO_SERVICE, GET)));
     const ClientCredentialsResponse credentials = handle->waitForResponse(int(CREDENTIALS_WAIT.count()));
     handle->deleteLater();
     if (!isComplete(credentials))

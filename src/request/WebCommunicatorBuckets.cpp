@@ -26,28 +26,27 @@ BucketGetRequestHandle *WebCommunicator::queryBucket(const QString &bucket)
 
 ObjectDeleteRequestHandle *WebCommunicator::deleteObject(const QString &bucket, const QString &relativePath)
 {
-    return follow<ObjectDeleteRequestHandle>(post(serviceRequest(Constants::Route::BUCKET_DELETE, POST),
-                                                  RequestBodies::deleteObject(bucket, relativePath)));
+    return follow<ObjectDeleteRequestHandle>(
+        post(serviceRequest(Constants::Route::BUCKET_DELETE, POST), RequestBodies::deleteObject(bucket, relativePath)));
 }
 
 ObjectSpaceRequestHandle *WebCommunicator::queryUsedSpace(const QString &bucket, const QString &relativePath)
 {
-    return follow<ObjectSpaceRequestHandle>(post(serviceRequest(Constants::Route::BUCKET_SPACE, POST),
-                                                 RequestBodies::usedSpace(bucket, relativePath)));
+    return follow<ObjectSpaceRequestHandle>(
+        post(serviceRequest(Constants::Route::BUCKET_SPACE, POST), RequestBodies::usedSpace(bucket, relativePath)));
 }
 
 ObjectExistsRequestHandle *WebCommunicator::queryObjectExists(const QString &bucket, const QString &relativePath)
 {
-    return follow<ObjectExistsRequestHandle>(post(serviceRequest(Constants::Route::BUCKET_EXISTS, POST),
-                                                  RequestBodies::objectExists(bucket, relativePath)));
+    return follow<ObjectExistsRequestHandle>(
+        post(serviceRequest(Constants::Route::BUCKET_EXISTS, POST), RequestBodies::objectExists(bucket, relativePath)));
 }
 
 ObjectCleanupRequestHandle *WebCommunicator::cleanUpVersions(const QString &bucket, const QString &relativePath,
                                                              int keepNewest)
 {
-    return follow<ObjectCleanupRequestHandle>(
-        post(serviceRequest(Constants::Route::BUCKET_CLEANUP, POST),
-             RequestBodies::cleanUpVersions(bucket, relativePath, keepNewest)));
+    return follow<ObjectCleanupRequestHandle>(post(serviceRequest(Constants::Route::BUCKET_CLEANUP, POST),
+                                                   RequestBodies::cleanUpVersions(bucket, relativePath, keepNewest)));
 }
 
 QNetworkReply *WebCommunicator::sendListing(const QByteArray &body)
@@ -62,9 +61,8 @@ ListFilesFromLocationsRequestHandle *WebCommunicator::listFiles(const QString &b
         sendListing(RequestBodies::listFiles(bucket, delimiter, prefixes)));
 }
 
-ListFilesFromLocationsRequestHandle *WebCommunicator::listFilesForDownload(const QString &bucket,
-                                                                           const QString &delimiter,
-                                                                           const QStringList &prefixes)
+ListFilesFromLocationsRequestHandle *
+WebCommunicator::listFilesForDownload(const QString &bucket, const QString &delimiter, const QStringList &prefixes)
 {
     const QByteArray body = RequestBodies::listFiles(bucket, delimiter, prefixes);
     auto *const handle = follow<ListFilesFromLocationsRequestHandle>(sendListing(body));

@@ -60,10 +60,8 @@ BeginUploadProjectRequestHandle *WebCommunicator::beginUpload(const QString &pro
                                                               const QDateTime &creationDate)
 {
     const QString email = loginData ? loginData->userName() : QString();
-    const QByteArray body
-        = RequestBodies::uploadBegin({companyId(), email, projectId, projectName, creationDate});
-    return follow<BeginUploadProjectRequestHandle>(
-        post(webRequest(Constants::Route::PROJECT_UPLOAD_INIT, POST), body));
+    const QByteArray body = RequestBodies::uploadBegin({companyId(), email, projectId, projectName, creationDate});
+    return follow<BeginUploadProjectRequestHandle>(post(webRequest(Constants::Route::PROJECT_UPLOAD_INIT, POST), body));
 }
 
 void WebCommunicator::finishUpload(const QString &projectId, ImportType importType)
@@ -77,8 +75,8 @@ void WebCommunicator::finishUpload(const QString &projectId, ImportType importTy
 
 void WebCommunicator::cancelUpload(const QString &projectId)
 {
-    followNotice(post(webRequest(Constants::Route::PROJECT_UPLOAD_CANCEL, POST),
-                      RequestBodies::uploadCancelled(projectId)));
+    followNotice(
+        post(webRequest(Constants::Route::PROJECT_UPLOAD_CANCEL, POST), RequestBodies::uploadCancelled(projectId)));
 }
 
 SingleProjectFileDownloadRequestHandle *WebCommunicator::queryMediaLink(const QString &projectId,

@@ -40,8 +40,8 @@ DownloadPlan::Verdict DownloadPlan::addFile(const RemoteFileEntry &entry)
         return Verdict::Skip;
     const QString path = target.localPath(entry.key);
     if (path.isEmpty()) {
-        logFailure(LOG_CATEGORY, QStringLiteral("Refused a remote file, its name leads out of the download path: ")
-                                     + entry.key);
+        logFailure(LOG_CATEGORY,
+                   QStringLiteral("Refused a remote file, its name leads out of the download path: ") + entry.key);
         return Verdict::Refuse;
     }
     const QString heldPath = target.heldPath(entry.key, entry.size);
@@ -53,7 +53,8 @@ DownloadPlan::Verdict DownloadPlan::addFile(const RemoteFileEntry &entry)
     if (claim != claims.constEnd() && !giveWay(entry, *claim))
         return Verdict::Skip;
     const bool isThere = !heldPath.isEmpty();
-    claims.insert(identity, {DownloadTarget::isInPlaceOfItsOriginal(entry.key), isThere ? ALREADY_THERE : planned.size()});
+    claims.insert(identity,
+                  {DownloadTarget::isInPlaceOfItsOriginal(entry.key), isThere ? ALREADY_THERE : planned.size()});
     if (isThere)
         return Verdict::Skip;
     planned.append({entry.key, entry.fileName, entry.size, path});

@@ -22,9 +22,9 @@ bool isBelow(const QString &folder, const QString &path)
 // Windows drops trailing dots and blanks, reads ":" as a drive or a stream, and keeps some names for devices.
 bool isUnsafeOnWindows(const QString &part)
 {
-    static const QRegularExpression device(QStringLiteral("^(con|prn|aux|nul|com[0-9¹²³]|lpt[0-9¹²³]|conin\\$|conout\\$) *(\\..*)?$"),
-                                           QRegularExpression::CaseInsensitiveOption
-                                               | QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression device(
+        QStringLiteral("^(con|prn|aux|nul|com[0-9¹²³]|lpt[0-9¹²³]|conin\\$|conout\\$) *(\\..*)?$"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
     if (part.isEmpty() || part == QLatin1String(".") || part == QLatin1String(".."))
         return false;
     return part.contains(QLatin1Char(':')) || part.endsWith(QLatin1Char('.')) || part.endsWith(QLatin1Char(' '))

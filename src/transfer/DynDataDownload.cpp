@@ -117,8 +117,8 @@ void DynDataDownload::complete(Error error)
     if (error != Error::None)
         Q_EMIT errorOccurred(downloadId, error);
     if (self && writeFailed && !aborted)
-        refuse(Error::FileWrite, QStringLiteral("Error while writing to file: ") + quoted(outputFilePath)
-                                     + QLatin1Char(' '));
+        refuse(Error::FileWrite,
+               QStringLiteral("Error while writing to file: ") + quoted(outputFilePath) + QLatin1Char(' '));
     if (self && aborted) // by whoever heard of the error
         outputFile.remove();
     else if (self)

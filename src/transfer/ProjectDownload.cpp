@@ -135,8 +135,7 @@ void ProjectDownload::updateBytes(qint64 fileDownloadedBytes, qint64 lastStepDow
 void ProjectDownload::reportTotal()
 {
     Q_EMIT totalDownloadProgressChanged(downloadId, filesCompleted, filesTotal,
-                                        percentOf(double(downloadedBytes), double(totalBytes)),
-                                        activeDownloads.keys());
+                                        percentOf(double(downloadedBytes), double(totalBytes)), activeDownloads.keys());
 }
 
 ProjectDownload::FileInFlight *ProjectDownload::find(QObject *handle)

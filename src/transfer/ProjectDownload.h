@@ -37,8 +37,7 @@ public:
 
 public Q_SLOTS:
     void fileDownloadFinished();
-    void updateBytes(qint64 downloadedBytes, qint64 lastStepUploadedBytes, qint64 totalFileBytes,
-                     QString downloadFile);
+    void updateBytes(qint64 downloadedBytes, qint64 lastStepUploadedBytes, qint64 totalFileBytes, QString downloadFile);
     void handleResponse(DownloadFileResponse response);
     void handleError(Korvo::Web::Error errorCode);
     void gotListFileResults(ListOfFilesFromLocationResponse response);

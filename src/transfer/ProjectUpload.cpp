@@ -254,7 +254,8 @@ void ProjectUpload::noteSharedKey(const LocalUploadFile &file, const QString &ke
     // A file that starts over is no second one.
     if (usedMediaKeys.value(key, file.absolutePath) != file.absolutePath)
         logFailure(LOG_CATEGORY, QStringLiteral("Two media files have the same remote name, the later one replaces the "
-                                                "earlier one: ") + file.absolutePath);
+                                                "earlier one: ")
+                                     + file.absolutePath);
     usedMediaKeys.insert(key, file.absolutePath);
 }
 
@@ -264,7 +265,8 @@ void ProjectUpload::updateBytes(qint64 fileUploadedBytes, qint64 lastStepUploade
     if (aborted)
         return;
     uploadedBytes += lastStepUploadedBytes;
-    Q_EMIT fileUploadProgressChanged(uploadId, uploadFile, percentOf(double(fileUploadedBytes), double(totalFileBytes)));
+    Q_EMIT fileUploadProgressChanged(uploadId, uploadFile,
+                                     percentOf(double(fileUploadedBytes), double(totalFileBytes)));
     reportTotal();
 }
 

@@ -55,8 +55,7 @@ Q_SIGNALS:
 
 public Q_SLOTS:
     void fileUploadFinished();
-    void updateBytes(qint64 uploadedBytes, qint64 lastStepUploadedBytes, qint64 totalFileBytes,
-                     QString uploadFile);
+    void updateBytes(qint64 uploadedBytes, qint64 lastStepUploadedBytes, qint64 totalFileBytes, QString uploadFile);
     void uploadProjectBeginFinished(BeginUploadProjectResponse response);
     void handleMultiPartErrors(UploadFileMultiPartFinishedResponse response);
     void handleSinglePartErrors(UploadFileResponse response);
@@ -106,10 +105,10 @@ private:
     QMap<QString, RemoteFileEntry> remoteFiles; // by file name
     MediaNamesList nodeMediaFiles;
     QHash<QString, QString> usedMediaKeys; // the local path that each was used for
-    bool busy = false;     // in the middle of a step that may be heard of; the job must not go yet
-    bool listed = false;   // the folder has been scanned
-    bool finished = false; // the server has been told
-    bool stopped = false;  // ended by stop(): nobody wants to hear of it any more
+    bool busy = false;                     // in the middle of a step that may be heard of; the job must not go yet
+    bool listed = false;                   // the folder has been scanned
+    bool finished = false;                 // the server has been told
+    bool stopped = false;                  // ended by stop(): nobody wants to hear of it any more
 };
 
 } // namespace Korvo::Web

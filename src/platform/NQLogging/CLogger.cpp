@@ -42,6 +42,7 @@ const QLoggingCategory &categoryNamed(const QByteArray &name)
 
 QtMsgType qtLevelOf(LogLevel level)
 {
+    // clang-format off
     switch (level) {
     case LogLevel::Fatal: // Qt's own fatal level would end the application
     case LogLevel::Failure: return QtCriticalMsg;
@@ -49,17 +50,20 @@ QtMsgType qtLevelOf(LogLevel level)
     case LogLevel::Info:    return QtInfoMsg;
     case LogLevel::Debug:   return QtDebugMsg;
     }
+    // clang-format on
     return QtInfoMsg; // a number that a newer caller knows
 }
 
 QDebug streamOf(const QMessageLogger &logger, QtMsgType type)
 {
+    // clang-format off
     switch (type) {
     case QtCriticalMsg: return logger.critical();
     case QtWarningMsg:  return logger.warning();
     case QtInfoMsg:     return logger.info();
     default:            return logger.debug();
     }
+    // clang-format on
 }
 
 QString readable(const QVariant &argument)

@@ -5,7 +5,10 @@
 
 namespace Korvo::Shared {
 
-WorkerThread::WorkerThread(QObject *parent) : QThread(parent) { }
+WorkerThread::WorkerThread(QObject *parent)
+    : QThread(parent)
+{
+}
 
 WorkerThread::~WorkerThread()
 {
@@ -33,7 +36,8 @@ void WorkerThread::run()
     enter(Phase::Starting);
     // Delivered by the loop itself, so its arrival proves that the loop runs.
     QObject firstEvent;
-    QMetaObject::invokeMethod(&firstEvent, [this] { enter(Phase::LoopRuns); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &firstEvent, [this] { enter(Phase::LoopRuns); }, Qt::QueuedConnection);
     exec();
     // A quit that came first keeps the loop from running at all; whoever waits for it must not wait for ever.
     enter(Phase::Ended);

@@ -58,7 +58,9 @@ public:
     /// The same as a finished piece of XML; empty for ImportType::Standard.
     NQKORVOWEB_EXPORT static QByteArray importTypeToStr(ImportType importType);
 
+    /// Makes the network access manager, and with it everything that belongs to the thread of the call.
     explicit WebCommunicator(QObject *parent = nullptr);
+    /// Deletes the requests in flight without a signal.
     ~WebCommunicator() override;
 
     /// Name of the bucket that belongs to company, project and project folder: at most 9 characters of the first two,
@@ -66,8 +68,11 @@ public:
     static QString bucketName(const QString &companyId, const QString &projectId, const QString &projectFolderName);
 
     // Authenticated state
+    /// Asks whether the account of @p user needs a second factor.
     Check2StepAuthenticationRequestHandle *checkTwoStepAuthentication(const QString &user);
+    /// Asks for an access token. storeLogin() makes use of the answer.
     LoginRequestHandle *login(const QString &user, const QString &password);
+    /// Asks for an access token with the code of the second factor.
     LoginRequestHandle *loginWithCode(const QString &user, const QString &password, const QString &code);
     /// Reads the clock of the storage service, 3 seconds at most; without an answer the offset stays as it was.
     void readServerClock();
@@ -85,23 +90,34 @@ public:
     void resetPassword(const QString &user);
 
     // Projects on the web server
+    /// Asks for all projects of the company, in one page.
     UserProjectsRequestHandle *queryProjects();
+    /// Asks what has become of uploads.
     UploadProjectsStatusHandle *queryUploadStatuses(const QStringList &projectIds);
+    /// Begins an upload in the name of the user who is logged in; the answer names the bucket.
     BeginUploadProjectRequestHandle *beginUpload(const QString &projectId, const QString &projectName,
                                                  const QDateTime &creationDate);
     /// Fire and forget; a failure is raised as errorOccurred().
     void finishUpload(const QString &projectId, ImportType importType);
     /// Fire and forget; a failure is logged.
     void cancelUpload(const QString &projectId);
+    /// Asks for the link of one media file. Both texts go into the address as they are.
     SingleProjectFileDownloadRequestHandle *queryMediaLink(const QString &projectId, const QString &fileName);
+    /// Asks for the links of all media of a project.
     SingleProjectFileDownloadRequestHandle *queryAllMediaLinks(const QString &projectId);
 
     // Buckets of the storage service
+    /// Creates a bucket; its name is lower-cased.
     BucketCreateRequestHandle *createBucket(const QString &bucket);
+    /// Asks whether there is a bucket of that name.
     BucketGetRequestHandle *queryBucket(const QString &bucket);
+    /// Deletes one object, or what lies below a folder.
     ObjectDeleteRequestHandle *deleteObject(const QString &bucket, const QString &relativePath);
+    /// Asks how many bytes an object, or what lies below a folder, takes.
     ObjectSpaceRequestHandle *queryUsedSpace(const QString &bucket, const QString &relativePath);
+    /// Asks whether there is such an object.
     ObjectExistsRequestHandle *queryObjectExists(const QString &bucket, const QString &relativePath);
+    /// Removes old versions of an object but the newest @p keepNewest.
     ObjectCleanupRequestHandle *cleanUpVersions(const QString &bucket, const QString &relativePath, int keepNewest);
     /// Sent once. An empty list of prefixes lists the whole bucket.
     ListFilesFromLocationsRequestHandle *listFiles(const QString &bucket, const QString &delimiter,
@@ -122,17 +138,23 @@ public:
                                      qint64 expectedBytes);
 
     // Data that is written as it arrives; the reply is the caller's
+    /// Fetches the Quickview data of a project.
     QNetworkReply *downloadQuickviewProjectData(const QString &projectId);
+    /// Fetches the survey data of a Quickview project.
     QNetworkReply *downloadQuickviewSurveyData(const QString &projectId);
+    /// Fetches the manhole data of a Quickview project.
     QNetworkReply *downloadQuickviewManholeData(const QString &projectId);
     /// Plain GET of a link, which may lead on to another; null unless it is http or https.
     QNetworkReply *downloadLink(const QString &link);
 
 Q_SIGNALS:
+    /// A request that nobody waits for has failed: the notice of a finished upload, or a password reset.
     void errorOccurred(Korvo::Web::Error error);
+    /// The access token ends in ten minutes. Comes once per login; does not come after logout().
     void loginExpired();
 
 protected:
+    /// Watches the token's time.
     void timerEvent(QTimerEvent *event) override;
 
 private:

@@ -570,7 +570,10 @@ void tst_BadInput::fileThatNeverComesWholeIsNotCounted()
     const int fault = platform.addFault(kind, QStringLiteral("webdav/") + bucket + QStringLiteral("/b.txt"), 0);
     session->api().downloadProject(id, id, local(QStringLiteral("out")));
     QVERIFY(endOfDownload());
-    QVERIFY(platform.hits(fault) >= 6); // one send and five re-sends
+    // One send and five re-sends. Not all need reach the platform: a request, also one for another file, may go out on a
+    // connection that the platform is closing.
+    QVERIFY(log->messages().filter(QStringLiteral("Network Error")).size() >= 6);
+    QVERIFY(platform.hits(fault) > 1);
     QCOMPARE(session->signalsSeen().errors(), QList<Error> { Error::Network });
     QCOMPARE(lastValue(session->signalsSeen().events(), "completedDownloadFilesChanged"), 2);
     QCOMPARE(lastValue(session->signalsSeen().events(), "filesToDownloadTotalChanged"), 3);

@@ -218,7 +218,8 @@ public:
     ///
     /// @param projectName          name shown to users, and source of the id
     /// @param projectPath          local folder
-    /// @param projectCreationDate  see uploadProject(); Error::CreationDate comes when it is missing
+    /// @param projectCreationDate  see uploadProject(); a missing one is refused by the server, or with
+    ///                             Error::CreationDate
     /// @return id of the upload, never 0
     Q_INVOKABLE virtual unsigned int uploadQZProject(const QString &projectName, const QString &projectPath,
                                                      const QDateTime &projectCreationDate);
@@ -228,7 +229,8 @@ public:
     /// @param projectId            id of the project, new or known to the platform
     /// @param projectName          name shown to users
     /// @param projectPath          local folder
-    /// @param projectCreationDate  see uploadProject(); Error::CreationDate comes when it is missing
+    /// @param projectCreationDate  see uploadProject(); a missing one is refused by the server, or with
+    ///                             Error::CreationDate
     /// @param manholesMedia        relative paths of the media that belong to manholes, see MediaNamesList: they are stored
     ///                             in "Picture/Nod" and "Video/Nod", all others in "Picture/Sec" and "Video/Sec"
     /// @return id of the upload, never 0

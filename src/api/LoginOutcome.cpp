@@ -43,7 +43,7 @@ UserRole userRoleFor(const QString &serverRole)
         QLatin1String text;
         UserRole role;
     };
-    static constexpr RoleName ROLES[] = {
+    static const RoleName ROLES[] = {
         {QLatin1String("RZ_OPERATOR"), UserRole::RzOperator},
         {QLatin1String("COMPANY_OPERATOR"), UserRole::CompanyOperator},
         {QLatin1String("SYSTEM_ADMINISTRATOR"), UserRole::SystemAdministrator},

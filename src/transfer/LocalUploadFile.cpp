@@ -7,9 +7,9 @@ namespace Korvo::Web {
 
 namespace {
 
-constexpr QLatin1String VIDEO_EXTENSIONS[] = {QLatin1String("mpg"), QLatin1String("avi"), QLatin1String("mp2"),
-                                              QLatin1String("wmv"), QLatin1String("mp4"), QLatin1String("mov")};
-constexpr QLatin1String PICTURE_EXTENSIONS[]
+const QLatin1String VIDEO_EXTENSIONS[] = {QLatin1String("mpg"), QLatin1String("avi"), QLatin1String("mp2"),
+                                          QLatin1String("wmv"), QLatin1String("mp4"), QLatin1String("mov")};
+const QLatin1String PICTURE_EXTENSIONS[]
     = {QLatin1String("bmp"), QLatin1String("jpg"),  QLatin1String("jpeg"), QLatin1String("tiff"),
        QLatin1String("emf"), QLatin1String("exif"), QLatin1String("png"),  QLatin1String("wmf")};
 

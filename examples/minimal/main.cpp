@@ -7,6 +7,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QTextStream>
 #include <QtCore/QUuid>
+#include <QtNetwork/QSslConfiguration>
 
 using namespace Korvo::Web;
 
@@ -19,9 +20,12 @@ int main(int argc, char *argv[])
         return 2;
     }
 
+    // Qt trusts the system's authorities only: this adds one, such as the local platform's.
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.addCaCertificates(qEnvironmentVariable("SSL_CERT_FILE"));
+    QSslConfiguration::setDefaultConfiguration(tls);
     KorvoWebLibrary::initialize();
     KorvoWebApi api;
-
     QString code;
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     QObject::connect(&api, &KorvoWebApi::tokenAuthenticationNeeded, [&] {
@@ -30,10 +34,9 @@ int main(int argc, char *argv[])
         api.loginWithToken(code);
     });
     QObject::connect(&api, &KorvoWebApi::loginResult, [&](const QString &, KorvoWebApi::LoginResult result) {
-        if (result == KorvoWebApi::LoginResult::LoginResultSuccess)
-            api.queryRemoteProjects();
-        else
-            QCoreApplication::exit(1);
+        if (result != KorvoWebApi::LoginResult::LoginResultSuccess)
+            return QCoreApplication::exit(1);
+        api.queryRemoteProjects();
     });
     QObject::connect(&api, &KorvoWebApi::projectInfoReceived, [&](const QList<ProjectInfo> &projects) {
         for (const ProjectInfo &project : projects)
@@ -52,7 +55,6 @@ int main(int argc, char *argv[])
     };
     QObject::connect(&api, &KorvoWebApi::errorOccurred, giveUp);
     QObject::connect(&api, &KorvoWebApi::queryRemoteProjectsError, giveUp);
-
     api.login(arguments.at(1), arguments.at(2));
     return application.exec();
 }

@@ -47,6 +47,18 @@ QByteArray hmacBlock(const QByteArray &key)
     return shortKey + QByteArray(HMAC_BLOCK_BYTES - shortKey.size(), '\0');
 }
 
+// A line break would end the header and begin another one. Servers hand out tokens and ids, hosts choose names: nothing
+// of it is trusted that far.
+QByteArray onOneLine(QByteArray text)
+{
+    return text.replace('\r', "").replace('\n', "").replace('\0', "");
+}
+
+QString onOneLine(QString text)
+{
+    return text.remove(QLatin1Char('\r')).remove(QLatin1Char('\n')).remove(QChar(QChar::Null));
+}
+
 QByteArray padded(QByteArray block, char pad)
 {
     for (char &byte : block)
@@ -250,20 +262,20 @@ void NetworkRequestBuilder::appendParams(QString &url) const
 void NetworkRequestBuilder::appendKnownHeaders()
 {
     for (auto header = knownHeaders.cbegin(); header != knownHeaders.cend(); ++header)
-        request->setHeader(header.key(), header.value());
+        request->setHeader(header.key(), onOneLine(header.value()));
 }
 
 void NetworkRequestBuilder::appendRawHeaders()
 {
     for (auto header = rawHeaders.cbegin(); header != rawHeaders.cend(); ++header)
-        request->setRawHeader(header.key(), header.value());
+        request->setRawHeader(onOneLine(header.key()), onOneLine(header.value()));
 }
 
 void NetworkRequestBuilder::buildAndAppendAuthHeader()
 {
     const QByteArray value = isWebRequest ? "Bearer " + bearerToken.toUtf8() : "KorvoService " + signature();
     // Set last: it must win over an Authorization header that the caller put into the map.
-    request->setRawHeader(AUTHORIZATION_HEADER, value);
+    request->setRawHeader(AUTHORIZATION_HEADER, onOneLine(value));
 }
 
 QByteArray NetworkRequestBuilder::signature() const

@@ -31,7 +31,8 @@ namespace Korvo::Web {
 /// because the verb is signed.
 ///
 /// The builder sends nothing, emits nothing, checks nothing and cannot fail: what is missing becomes an empty value,
-/// which the servers refuse. It is a plain value: copies are independent of each other, the current request included.
+/// which the servers refuse. Only line breaks and zero bytes are left out of headers: they would begin other headers. It
+/// is a plain value: copies are independent of each other, the current request included.
 /// It has no locks; use one object on one thread at a time.
 class NQKORVOWEB_EXPORT NetworkRequestBuilder
 {

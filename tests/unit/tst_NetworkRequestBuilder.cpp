@@ -146,6 +146,8 @@ private Q_SLOTS:
     void rawHeaderWinsOverKnownHeader();
     void knownHeadersComeFirst();
     void headersAreUtf8();
+    void noHeaderSmugglesInAnother();
+    void lineBreaksOfTheClientIdAreNotSignedEither();
     void acceptHeader_data();
     void acceptHeader();
     void contentType_data();
@@ -569,6 +571,32 @@ void tst_NetworkRequestBuilder::headersAreUtf8()
     const QNetworkRequest request = builder.initializeRequest(true, QStringLiteral("api/x"))
         .withHeader(QStringLiteral("X-Mine"), QString::fromUtf8("Gr\xC3\xBC\xC3\x9F" "e"));
     QCOMPARE(request.rawHeader("X-Mine"), QByteArray("Gr\xC3\xBC\xC3\x9F" "e"));
+}
+
+// Tokens and ids come from servers, and Qt writes headers out as they are.
+void tst_NetworkRequestBuilder::noHeaderSmugglesInAnother()
+{
+    NetworkRequestBuilder builder = sampleBuilder();
+    builder.setBearerToken(QStringLiteral("token\r\nHost: elsewhere"));
+    const QNetworkRequest request = builder.initializeRequest(true, QStringLiteral("api/x"))
+        .withHeader(QStringLiteral("X-Mine\nX-Other"), QStringLiteral("1\r\nX-Third: 2"))
+        .withHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("one\ntwo\rthree") + QChar(QChar::Null))
+        .withAuthHeader();
+    QCOMPARE(request.rawHeaderList(), QByteArrayList({ "User-Agent", "X-MineX-Other", "Authorization" }));
+    QCOMPARE(request.rawHeader("X-MineX-Other"), QByteArray("1X-Third: 2"));
+    QCOMPARE(request.rawHeader("User-Agent"), QByteArray("onetwothree"));
+    QCOMPARE(request.rawHeader("Authorization"), QByteArray("Bearer tokenHost: elsewhere"));
+}
+
+void tst_NetworkRequestBuilder::lineBreaksOfTheClientIdAreNotSignedEither()
+{
+    NetworkRequestBuilder builder = sampleBuilder();
+    builder.setClientData(QStringLiteral("cli\nent"), QStringLiteral("key"));
+    const QNetworkRequest request = builder.initializeServiceRequest(QStringLiteral("api/x")).withAuthHeader();
+    QCOMPARE(request.rawHeader("X-KorvoService-ClientId"), QByteArray("client"));
+    const QByteArrayList lines { "GET", request.rawHeader("Date"), request.rawHeader("X-KorvoService-MessageToken"),
+                                 "client", "api/x" };
+    QCOMPARE(request.rawHeader("Authorization"), "KorvoService " + hmacSha256("key", lines.join('\n')));
 }
 
 void tst_NetworkRequestBuilder::acceptHeader_data()

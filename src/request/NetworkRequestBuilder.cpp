@@ -62,7 +62,7 @@ QString onOneLine(QString text)
 QByteArray padded(QByteArray block, char pad)
 {
     for (char &byte : block)
-        byte ^= pad;
+        byte = char(byte ^ pad);
     return block;
 }
 

@@ -1,0 +1,6 @@
+#include "InterfaceDescription.h"
+
+std::optional<QString> binaryDescription(const QString &)
+{
+    return QString();
+}

@@ -1,3 +1,6 @@
+#include "handles/AuthenticationResponses.h"
+#include "handles/BucketResponses.h"
+#include "handles/ProjectResponses.h"
 #include "handles/UploadFileDescriptor.h"
 #include "request/RequestBodies.h"
 #include "request/RequestSignature.h"
@@ -139,6 +142,23 @@ QString withoutBreaks(const QString &text)
     return QString(text).replace(QRegularExpression(QStringLiteral(">\\n *<")), QStringLiteral("><"));
 }
 
+/// The body of the answer that is shown below a heading.
+QString bodyBelow(const char *heading)
+{
+    const QString example = section(document("wire-protocol.md"), QLatin1String(heading));
+    const int answer = example.indexOf(QLatin1String("HTTP/1.1 200 OK"));
+    const int body = example.indexOf(QLatin1String("\n\n"), answer) + 2;
+    return withoutBreaks(example.mid(body, example.indexOf(QLatin1String("\n```"), body) - body));
+}
+
+template <class Response>
+Response answerBelow(const char *heading)
+{
+    Response response;
+    response.parse(bodyBelow(heading));
+    return response;
+}
+
 } // namespace
 
 class tst_Documents : public QObject
@@ -155,6 +175,9 @@ private Q_SLOTS:
     void everyBodyIsShownAsItIsSent_data();
     void everyBodyIsShownAsItIsSent();
     void theSignatureOfTheExampleIsRight();
+    void answersAboutAccountsAreUnderstood();
+    void answersAboutProjectsAreUnderstood();
+    void answersAboutBucketsAreUnderstood();
 };
 
 void tst_Documents::everySignalIsDescribed()
@@ -285,6 +308,49 @@ void tst_Documents::theSignatureOfTheExampleIsRight()
                                         QStringLiteral("^```text\\n((?:[^`]*\\n)*?[^`]*)\\n```$"));
     QCOMPARE(blocks.size(), 2);
     QCOMPARE(blocks.at(1), QString::fromLatin1(hmacSha256("example-secret", blocks.at(0).toUtf8())));
+}
+
+void tst_Documents::answersAboutAccountsAreUnderstood()
+{
+    QVERIFY(answerBelow<Check2StepAuthenticationResponse>("### Two-step check").authenticated());
+    const auto login = answerBelow<LoginResponse>("### Password login");
+    QVERIFY(login.loggedIn());
+    QCOMPARE(login.userCompanyId(), COMPANY);
+    QCOMPARE(login.expires(), QDateTime(QDate(2026, 11, 22), QTime(19, 23, 32), Qt::UTC));
+    QVERIFY(serverDateFrom(bodyBelow("### Server clock")).isValid());
+    const auto credentials = answerBelow<ClientCredentialsResponse>("### Client credentials");
+    QCOMPARE(credentials.url(), QStringLiteral("https://service.korvo.example/korvoservice/"));
+    QCOMPARE(credentials.clientId(), QStringLiteral("client-8811e2870735643b"));
+}
+
+void tst_Documents::answersAboutProjectsAreUnderstood()
+{
+    const QList<ProjectInfo> projects = answerBelow<UserProjectsResponse>("### List of projects").projects();
+    QCOMPARE(projects.size(), 1);
+    QCOMPARE(projects.first().projectName(), PROJECT_NAME);
+    QVERIFY(projects.first().creationDate().isValid());
+    const auto statuses = answerBelow<UploadProjectsStatusResponse>("### Upload statuses").statuses();
+    QCOMPARE(statuses.size(), 1);
+    QCOMPARE(statuses.first().status, 2);
+    QCOMPARE(answerBelow<BeginUploadProjectResponse>("### Begin of an upload").bucketName(), BUCKET);
+    const auto link = answerBelow<SingleProjectFileDownloadResponse>("### Link of one media file").links();
+    QCOMPARE(link.size(), 1);
+    QCOMPARE(link.first().name, QStringLiteral("a.jpg"));
+    const auto links = answerBelow<SingleProjectFileDownloadResponse>("### Links of all media").links();
+    QCOMPARE(links.size(), 2);
+}
+
+void tst_Documents::answersAboutBucketsAreUnderstood()
+{
+    QVERIFY(!answerBelow<BucketGetResponse>("### Is there such a bucket, or object?").exists());
+    QCOMPARE(answerBelow<BucketCreateResponse>("### Create a bucket").name(), BUCKET);
+    const auto listing = answerBelow<ListOfFilesFromLocationResponse>("### List files");
+    QCOMPARE(listing.count(), listing.entries().size());
+    QCOMPARE(listing.entries().last().key, PICTURE);
+    QCOMPARE(listing.entries().last().size, qint64(4));
+    QCOMPARE(answerBelow<ObjectDeleteResponse>("### Delete an object").deletedFilesSize(), qint64(4));
+    QCOMPARE(answerBelow<ObjectSpaceResponse>("### Used space").usedSpace(), qint64(4));
+    QVERIFY(answerBelow<ObjectCleanupResponse>("### Clean up old versions").succeeded());
 }
 
 QTEST_APPLESS_MAIN(tst_Documents)

@@ -1,5 +1,7 @@
 #include "request/NetworkRequestBodyBuilder.h"
 
+#include "request/Base64.h"
+
 namespace Korvo::Web {
 
 namespace {
@@ -10,10 +12,10 @@ constexpr int SPACE_BEHIND_LARGE_VALUE_BYTES = 2 * 1024;
 
 // The content of a file makes up nearly the whole body. Left to grow by itself, the array would round its size up by
 // megabytes.
-void makeRoomForValue(QByteArray &output, const QByteArray &value)
+void makeRoomForValue(QByteArray &output, int valueBytes)
 {
-    if (value.size() >= LARGE_VALUE_BYTES)
-        output.reserve(output.size() + value.size() + SPACE_BEHIND_LARGE_VALUE_BYTES);
+    if (valueBytes >= LARGE_VALUE_BYTES)
+        output.reserve(output.size() + valueBytes + SPACE_BEHIND_LARGE_VALUE_BYTES);
 }
 
 } // namespace
@@ -39,8 +41,19 @@ NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::addElement(const QByteArra
 
 NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::addValue(const QByteArray &value)
 {
-    makeRoomForValue(output, value);
+    makeRoomForValue(output, value.size());
     output.append(value);
+    return *this;
+}
+
+// Encoded in place: a text of its own would be one more copy of the whole file.
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::addBase64(const QByteArray &bytes)
+{
+    const int start = output.size();
+    const int length = base64Length(bytes.size());
+    makeRoomForValue(output, length);
+    output.resize(start + length);
+    writeBase64(bytes, output.data() + start);
     return *this;
 }
 

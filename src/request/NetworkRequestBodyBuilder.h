@@ -41,6 +41,10 @@ public:
     /// @return this builder, for the next call
     NetworkRequestBodyBuilder &addValue(const QByteArray &value);
 
+    /// Writes the Base64 of @p bytes into the element that is open, with padding and without line breaks.
+    /// @return this builder, for the next call
+    NetworkRequestBodyBuilder &addBase64(const QByteArray &bytes);
+
     /// Closes the innermost open element; does nothing when none is open.
     /// @return this builder, for the next call
     NetworkRequestBodyBuilder &closeElement();

@@ -39,6 +39,11 @@ void add(NetworkRequestBodyBuilder &builder, const QString &name, const QString 
     builder.addElement(name.toUtf8(), value.toUtf8());
 }
 
+void addContent(NetworkRequestBodyBuilder &builder, const QString &name, const QByteArray &content)
+{
+    builder.startElement(name.toUtf8()).addBase64(content).closeElement();
+}
+
 QByteArray objectRequest(const QString &root, const QString &bucketName, const QString &relativePath)
 {
     NetworkRequestBodyBuilder builder = serviceBody(root);
@@ -173,7 +178,7 @@ QByteArray uploadFile(const UploadFileDescriptor &file, const QByteArray &conten
 {
     NetworkRequestBodyBuilder builder = serviceBody(Xml::UPLOAD_FILE_REQUEST);
     add(builder, Xml::BUCKET_NAME, file.bucketName);
-    builder.addElement(Xml::INPUT_FILE_ARRAY.toUtf8(), content.toBase64());
+    addContent(builder, Xml::INPUT_FILE_ARRAY, content);
     add(builder, Xml::OUTPUT_FILE_PATH, file.remoteKey);
     add(builder, Xml::PROJECT_FOLDER_NAME, file.projectFolderName);
     return builder.generate();
@@ -190,7 +195,7 @@ QByteArray beginMultiPart(const UploadFileDescriptor &file)
 QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber)
 {
     NetworkRequestBodyBuilder builder = serviceBody(Xml::UPLOAD_MULIT_PART_REQUEST);
-    builder.addElement(Xml::INPUT_FILE_PART_ARRAY.toUtf8(), part.toBase64());
+    addContent(builder, Xml::INPUT_FILE_PART_ARRAY, part);
     add(builder, Xml::MULTIPART_UPLOAD_ID, uploadId);
     add(builder, Xml::PART_NUMBER, QString::number(partNumber));
     return builder.generate();

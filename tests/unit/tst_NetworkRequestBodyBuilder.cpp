@@ -1,8 +1,28 @@
 #include <NQKorvoWeb/NetworkRequestBodyBuilder.h>
 
+#include <QtCore/QRandomGenerator>
 #include <QtTest/QtTest>
 
+#include <algorithm>
+
 using Korvo::Web::NetworkRequestBodyBuilder;
+
+namespace {
+
+QByteArray randomBytes(int size)
+{
+    static QRandomGenerator generator(42);
+    QByteArray bytes(size, Qt::Uninitialized);
+    std::generate(bytes.begin(), bytes.end(), [] { return char(generator.bounded(256)); });
+    return bytes;
+}
+
+QByteArray base64Of(const QByteArray &bytes)
+{
+    return NetworkRequestBodyBuilder().addBase64(bytes).generate();
+}
+
+} // namespace
 
 class tst_NetworkRequestBodyBuilder : public QObject
 {
@@ -27,6 +47,10 @@ private Q_SLOTS:
     void wholeBodyInOneChain();
     void copiesAreIndependent();
     void largeValueIsKeptWholeAndHardlyTakesMoreThanItself();
+    void base64OfEveryLength();
+    void base64OfEveryByte();
+    void base64StandsInTheOpenElement();
+    void largeContentHardlyTakesMoreThanItself();
 };
 
 void tst_NetworkRequestBodyBuilder::nothingWrittenGivesAnEmptyBody()
@@ -167,6 +191,51 @@ void tst_NetworkRequestBodyBuilder::largeValueIsKeptWholeAndHardlyTakesMoreThanI
     const QByteArray expected = "<PutFileRequest><InputFileArray>" + content
         + "</InputFileArray><OutputFilePath>Misc/plan.pdf</OutputFilePath></PutFileRequest>";
     QVERIFY(body == expected);
+    QVERIFY2(body.capacity() < body.size() + 4096, qPrintable(QString::number(body.capacity() - body.size())));
+}
+
+void tst_NetworkRequestBodyBuilder::base64OfEveryLength()
+{
+    for (int size = 0; size <= 1000; ++size) {
+        const QByteArray bytes = randomBytes(size);
+        QCOMPARE(base64Of(bytes), bytes.toBase64());
+    }
+    for (int size : {65534, 65535, 65536, 65537, 4 * 1024 * 1024 - 1, 4 * 1024 * 1024}) {
+        const QByteArray bytes = randomBytes(size);
+        QVERIFY2(base64Of(bytes) == bytes.toBase64(), qPrintable(QString::number(size)));
+    }
+}
+
+void tst_NetworkRequestBodyBuilder::base64OfEveryByte()
+{
+    QByteArray bytes;
+    for (int first = 0; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second)
+            bytes.append(char(first)).append(char(second)).append(char(first ^ second));
+    }
+    QVERIFY(base64Of(bytes) == bytes.toBase64());
+    for (int byte = 0; byte < 256; ++byte)
+        QCOMPARE(base64Of(QByteArray(1, char(byte))), QByteArray(1, char(byte)).toBase64());
+}
+
+void tst_NetworkRequestBodyBuilder::base64StandsInTheOpenElement()
+{
+    NetworkRequestBodyBuilder builder;
+    builder.startElement("Root").addElement("Before", "b").startElement("Content");
+    const NetworkRequestBodyBuilder copy(builder);
+    QCOMPARE(builder.addBase64("any").closeElement().addElement("After", "a").generate(),
+             QByteArray("<Root><Before>b</Before><Content>YW55</Content><After>a</After></Root>"));
+    QCOMPARE(NetworkRequestBodyBuilder(copy).addBase64(QByteArray()).generate(),
+             QByteArray("<Root><Before>b</Before><Content></Content></Root>"));
+}
+
+void tst_NetworkRequestBodyBuilder::largeContentHardlyTakesMoreThanItself()
+{
+    const QByteArray body = NetworkRequestBodyBuilder()
+        .startElement("PutFileRequest")
+        .startElement("InputFileArray").addBase64(QByteArray(4 * 1024 * 1024, 'x')).closeElement()
+        .addElement("OutputFilePath", "Misc/plan.pdf")
+        .generate();
     QVERIFY2(body.capacity() < body.size() + 4096, qPrintable(QString::number(body.capacity() - body.size())));
 }
 

@@ -42,8 +42,7 @@ void UploadFileMultiPartRequestHandle::pause()
 void UploadFileMultiPartRequestHandle::resume()
 {
     uploadPaused = false;
-    if (nextPartDue && !isInFlight())
-        sendNextPart();
+    sendDuePart();
 }
 
 void UploadFileMultiPartRequestHandle::abort()
@@ -67,7 +66,7 @@ void UploadFileMultiPartRequestHandle::handleResponse(const QString &data, QNetw
     else if (data.contains(INIT_MARKER))
         handleInit(data, error);
     else if (data.contains(PART_MARKER) && error == QNetworkReply::NoError) // a refusal may name its request too
-        sendNextPart();
+        scheduleNextPart();
     else if (data.contains(ABORT_MARKER))
         handleUnaskedAbort(error);
     else if (data.contains(COMPLETE_MARKER))
@@ -81,7 +80,7 @@ void UploadFileMultiPartRequestHandle::handleInit(const QString &data, QNetworkR
     const auto response = answered<UploadFileMultiPartInitResponse>(data, error);
     uploadId = response.multipartUploadId();
     multipartState = Sending;
-    sendNextPart();
+    scheduleNextPart();
 }
 
 void UploadFileMultiPartRequestHandle::handleUnaskedAbort(QNetworkReply::NetworkError error)
@@ -99,11 +98,26 @@ void UploadFileMultiPartRequestHandle::handleEnding(const QString &data)
     finish(!data.contains(ABORT_MARKER) && data.contains(COMPLETE_MARKER));
 }
 
+// The next part waits for the event loop: by then the reply is gone, and with it the part that it carried, so that two
+// of them never stand in memory at once.
+void UploadFileMultiPartRequestHandle::scheduleNextPart()
+{
+    requestBody.clear();
+    disposeOf(reply); // first: the loop takes up both in this order
+    nextPartDue = true;
+    QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::sendDuePart, Qt::QueuedConnection);
+}
+
+// Meanwhile the upload may have been paused, aborted, or paused and resumed.
+void UploadFileMultiPartRequestHandle::sendDuePart()
+{
+    if (nextPartDue && !uploadPaused && !isInFlight())
+        sendNextPart();
+}
+
 void UploadFileMultiPartRequestHandle::sendNextPart()
 {
-    nextPartDue = uploadPaused;
-    if (uploadPaused)
-        return;
+    nextPartDue = false;
     if (file.atEnd()) {
         // A file that has shrunk meanwhile ends too soon.
         if (file.pos() < totalFileBytes)
@@ -112,7 +126,6 @@ void UploadFileMultiPartRequestHandle::sendNextPart()
             Q_EMIT finishUpload(uploadId, descriptor.projectFolderName);
         return;
     }
-    requestBody.clear(); // the part before has arrived; two of them need not stand in memory at once
     const QByteArray part = file.read(PART_BYTES);
     if (part.isEmpty())
         failRead();

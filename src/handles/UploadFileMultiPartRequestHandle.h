@@ -50,6 +50,8 @@ private:
     void handleInit(const QString &data, QNetworkReply::NetworkError error);
     void handleUnaskedAbort(QNetworkReply::NetworkError error);
     void handleEnding(const QString &data);
+    void scheduleNextPart();
+    void sendDuePart();
     void sendNextPart();
     void sendPart(const QByteArray &part);
     void failRead();
@@ -64,7 +66,7 @@ private:
     qint32 multipartState = Starting;
     bool uploadPaused = false;
     QString uploadId;
-    bool nextPartDue = false;  // acknowledged up to here, and held back by a pause
+    bool nextPartDue = false;  // acknowledged up to here; goes on from the event loop, or when a pause ends
     bool interrupting = false; // the reply that ends now is the one that abort() cuts off
     bool ended = false;
 };

@@ -4,8 +4,10 @@
 #include "support/LogCapture.h"
 #include "support/ScriptedServer.h"
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QTimer>
 #include <QtTest/QtTest>
 
 #include <memory>
@@ -54,6 +56,7 @@ private Q_SLOTS:
     void fileIsCutIntoParts();
     void partsTogetherAreTheFile();
     void emptyFileHasNoPart();
+    void partIsGoneBeforeTheNextIsRead();
 
     void firstMarkerDecides_data();
     void firstMarkerDecides();
@@ -99,6 +102,7 @@ private:
     void send(const QByteArray &body);
     void perform(const QString &steps);
     void performStep(QChar step);
+    void letGoOn();
     FakeReply *reply() { return static_cast<FakeNetwork *>(access)->last(); }
     QString localPath() const { return folder.filePath(QStringLiteral("video ü.mp4")); }
 
@@ -196,8 +200,17 @@ void tst_UploadFileMultiPartRequestHandle::send(const QByteArray &body)
 // f refuses with 503, x with 404; P pauses, R resumes, A aborts. Capitals come from the job, the others from the server.
 void tst_UploadFileMultiPartRequestHandle::perform(const QString &steps)
 {
-    for (const QChar step : steps)
+    for (const QChar step : steps) {
         performStep(step);
+        letGoOn();
+    }
+}
+
+// A part is asked for once the event loop has let go of the one before.
+void tst_UploadFileMultiPartRequestHandle::letGoOn()
+{
+    if (handle)
+        QCoreApplication::sendPostedEvents(handle.get(), QEvent::MetaCall);
 }
 
 void tst_UploadFileMultiPartRequestHandle::performStep(QChar step)
@@ -288,6 +301,24 @@ void tst_UploadFileMultiPartRequestHandle::emptyFileHasNoPart()
     QCOMPARE(events.last(), QStringLiteral("finished whole 0"));
 }
 
+// Each holds megabytes, in its reply.
+void tst_UploadFileMultiPartRequestHandle::partIsGoneBeforeTheNextIsRead()
+{
+    makeHandle(PART + 1);
+    perform(QStringLiteral("i"));
+    const QPointer<FakeReply> first(reply());
+    bool isGone = false;
+    QEventLoop loop;
+    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, &loop, [&] {
+        isGone = first.isNull();
+        loop.quit();
+    });
+    QTimer::singleShot(0, first, [first] { first->finish(PART_ANSWER); });
+    loop.exec();
+    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
+    QVERIFY(isGone);
+}
+
 void tst_UploadFileMultiPartRequestHandle::firstMarkerDecides_data()
 {
     QTest::addColumn<QByteArray>("answer");
@@ -316,6 +347,7 @@ void tst_UploadFileMultiPartRequestHandle::firstMarkerDecides()
     perform(QStringLiteral("i"));
     events.clear();
     reply()->finish(answer);
+    letGoOn();
     QTEST(events, "expected");
 }
 

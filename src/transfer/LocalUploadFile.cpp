@@ -1,5 +1,7 @@
 #include "transfer/LocalUploadFile.h"
 
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 #include <iterator>
 
@@ -14,15 +16,16 @@ const QLatin1String PICTURE_EXTENSIONS[]
        QLatin1String("emf"), QLatin1String("exif"), QLatin1String("png"),  QLatin1String("wmf")};
 
 template <std::size_t N>
-bool isOneOf(const QString &text, const QLatin1String (&choices)[N])
+bool isOneOf(const QStringRef &text, const QLatin1String (&choices)[N])
 {
-    return std::any_of(std::begin(choices), std::end(choices),
-                       [&text](QLatin1String choice) { return text == choice; });
+    return std::any_of(std::begin(choices), std::end(choices), [&text](QLatin1String choice) {
+        return text.size() == choice.size() && text.compare(choice, Qt::CaseInsensitive) == 0;
+    });
 }
 
-QString lastPart(const QString &text, QLatin1Char separator)
+QStringRef lastPart(const QString &text, QLatin1Char separator)
 {
-    return text.mid(text.lastIndexOf(separator) + 1);
+    return text.midRef(text.lastIndexOf(separator) + 1);
 }
 
 } // namespace
@@ -31,16 +34,21 @@ LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, const QString 
                                  const QDateTime &modificationTime)
     : absolutePath(absoluteFilePath)
     , relativePath(relativeFilePath)
-    , lastModified(modificationTime)
     , size(fileSize)
+    , knownModificationTime(modificationTime)
 {
     classify();
+}
+
+QDateTime LocalUploadFile::lastModified() const
+{
+    return knownModificationTime.isNull() ? QFileInfo(absolutePath).lastModified() : knownModificationTime;
 }
 
 // What follows the last dot of the whole relative path decides, even if that dot stands in the name of a folder.
 void LocalUploadFile::classify()
 {
-    const QString extension = lastPart(relativePath, QLatin1Char('.')).toLower();
+    const QStringRef extension = lastPart(relativePath, QLatin1Char('.'));
     isVideo = isOneOf(extension, VIDEO_EXTENSIONS);
     isPicture = !isVideo && isOneOf(extension, PICTURE_EXTENSIONS);
 }

@@ -10,8 +10,13 @@ namespace Korvo::Web {
 /// One file of a local project folder, and what kind of media its name says it is.
 struct LocalUploadFile
 {
+    /// @param modificationTime  null when it is to be looked up on the disk by whoever asks for it
     LocalUploadFile(const QString &absoluteFilePath, const QString &relativeFilePath, quint64 fileSize,
-                    const QDateTime &modificationTime);
+                    const QDateTime &modificationTime = QDateTime());
+
+    /// The time given, else what the disk says now. Looked up late: local time is the dearest thing about a file, and a
+    /// scan of a large project would spend most of its time on it.
+    QDateTime lastModified() const;
 
     /// The name under which the file is stored. Media are gathered in four folders by their file name, whatever their
     /// local folder; every other file keeps its relative path.
@@ -20,14 +25,15 @@ struct LocalUploadFile
 
     QString absolutePath;
     QString relativePath; ///< keeps a leading separator when the project path has no trailing one
-    QDateTime lastModified;
-    quint64 size; ///< bytes
+    quint64 size;         ///< bytes
     bool isVideo = false;
     bool isPicture = false;
 
 private:
     void classify();
     bool belongsToNode(const MediaNamesList &nodeMediaFiles) const;
+
+    QDateTime knownModificationTime;
 };
 
 } // namespace Korvo::Web

@@ -1,6 +1,7 @@
 #include "transfer/ProjectFolderScan.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QDirIterator>
 #include <QtCore/QFileInfo>
 
 namespace Korvo::Web {
@@ -21,6 +22,7 @@ const QString PROJECT_FILE = QStringLiteral("project.xml");
 
 ProjectFolderScan::ProjectFolderScan(const QString &projectPath, const QMap<QString, RemoteFileEntry> &remoteFiles)
     : root(projectPath)
+    , rootWithSlashes(QDir::fromNativeSeparators(projectPath))
     , remote(remoteFiles)
 {
 }
@@ -44,42 +46,58 @@ void ProjectFolderScan::scan(const QString &folder)
     if (enteredFolders.contains(canonical)) // a link that leads back up
         return;
     enteredFolders.append(canonical);
-    const QFileInfoList entries = dir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::NoSort);
-    for (const QFileInfo &entry : entries) {
-        if (entry.isDir())
-            scan(entry.absoluteFilePath());
-        else if (!isLeftOut(entry))
-            found.append(describe(entry));
+    const Content content = contentOf(dir.absolutePath());
+    int taken = 0;
+    for (const Subfolder &subfolder : content.subfolders) {
+        found.append(content.files.mid(taken, subfolder.filesBefore - taken));
+        taken = subfolder.filesBefore;
+        scan(subfolder.path);
     }
+    found.append(content.files.mid(taken));
     enteredFolders.removeLast();
 }
 
-// A database is never left out, whatever else its name says.
-bool ProjectFolderScan::isLeftOut(const QFileInfo &file) const
+// Read to the end before any subfolder is entered: a deep tree would keep too many folders open.
+ProjectFolderScan::Content ProjectFolderScan::contentOf(const QString &absoluteFolder) const
 {
-    const QString name = file.fileName();
+    Content content;
+    QDirIterator entries(absoluteFolder, QDir::AllEntries | QDir::NoDotAndDotDot);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        const QFileInfo entry = entries.fileInfo();
+        if (entry.isDir())
+            content.subfolders.append({path, content.files.size()});
+        else if (!isLeftOut(path, entry))
+            content.files.append(LocalUploadFile(path, relativePath(path), quint64(entry.size())));
+    }
+    return content;
+}
+
+// A database is never left out, whatever else its name says.
+bool ProjectFolderScan::isLeftOut(const QString &path, const QFileInfo &file) const
+{
+    const QStringRef name = path.midRef(path.lastIndexOf(QLatin1Char('/')) + 1);
     if (name.contains(DATABASE_MARK))
         return false;
-    return isKnownProjectFile(file) || name.contains(BACKUP_MARK);
+    return name.contains(BACKUP_MARK) || (name == PROJECT_FILE && isKnownProjectFile(file));
 }
 
 // The project's description goes up again only when it is new or its size has changed; everything else always does.
 bool ProjectFolderScan::isKnownProjectFile(const QFileInfo &file) const
 {
-    const QString name = file.fileName();
-    const auto known = remote.constFind(name);
-    return name == PROJECT_FILE && known != remote.constEnd() && known->size == file.size();
+    const auto known = remote.constFind(PROJECT_FILE);
+    return known != remote.constEnd() && known->size == file.size();
 }
 
 LocalUploadFile ProjectFolderScan::describe(const QFileInfo &file) const
 {
     const QString absolutePath = file.absoluteFilePath();
-    return LocalUploadFile(absolutePath, relativePath(absolutePath), quint64(file.size()), file.lastModified());
+    return LocalUploadFile(absolutePath, relativePath(absolutePath), quint64(file.size()));
 }
 
 QString ProjectFolderScan::relativePath(const QString &absolutePath) const
 {
-    if (absolutePath.startsWith(QDir::fromNativeSeparators(root), PATH_CASE))
+    if (absolutePath.startsWith(rootWithSlashes, PATH_CASE))
         return absolutePath.mid(root.size());
     // A project path that is relative, or written in a roundabout way.
     return absolutePath.mid(QDir(root).absolutePath().size());

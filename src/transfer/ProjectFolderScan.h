@@ -7,6 +7,7 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QVector>
 
 class QFileInfo;
 
@@ -29,12 +30,25 @@ public:
     LocalUploadFile describe(const QFileInfo &file) const;
 
 private:
+    struct Subfolder
+    {
+        QString path;
+        int filesBefore; // so many of the folder's own files come before it
+    };
+    struct Content
+    {
+        QList<LocalUploadFile> files;
+        QVector<Subfolder> subfolders;
+    };
+
     void scan(const QString &folder);
-    bool isLeftOut(const QFileInfo &file) const;
+    Content contentOf(const QString &absoluteFolder) const;
+    bool isLeftOut(const QString &path, const QFileInfo &file) const;
     bool isKnownProjectFile(const QFileInfo &file) const;
     QString relativePath(const QString &absolutePath) const;
 
     const QString root;
+    const QString rootWithSlashes;
     const QMap<QString, RemoteFileEntry> remote;
     QList<LocalUploadFile> found;
     QStringList unreadable;

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void keepsWhatItIsGiven();
     void extensionDecidesTheKind_data();
     void extensionDecidesTheKind();
+    void lettersOfAnExtensionCountInLowerCase();
     void keyOfAFile_data();
     void keyOfAFile();
     void picturesOfTheSameNameShareAKey();
@@ -43,7 +44,7 @@ void tst_LocalUploadFile::keepsWhatItIsGiven()
     QCOMPARE(file.absolutePath, QStringLiteral("/p/Köln #1/a b.txt"));
     QCOMPARE(file.relativePath, QStringLiteral("/Köln #1/a b.txt"));
     QCOMPARE(file.size, Q_UINT64_C(18446744073709551615));
-    QCOMPARE(file.lastModified, time);
+    QCOMPARE(file.lastModified(), time);
     QVERIFY(!file.isVideo);
     QVERIFY(!file.isPicture);
 }
@@ -79,6 +80,26 @@ void tst_LocalUploadFile::extensionDecidesTheKind()
     QFETCH(QString, relativePath);
     QFETCH(int, kind);
     QCOMPARE(int(kindOf(fileAt(relativePath))), kind);
+}
+
+// Whatever stands in place of one of its letters: "ı", the sign for kelvin, half a surrogate pair ...
+void tst_LocalUploadFile::lettersOfAnExtensionCountInLowerCase()
+{
+    const QStringList extensions{QStringLiteral("avi"), QStringLiteral("mp4"), QStringLiteral("tiff")};
+    const QStringList known
+        = QStringLiteral("mpg avi mp2 wmv mp4 mov bmp jpg jpeg tiff emf exif png wmf").split(QLatin1Char(' '));
+    for (const QString &extension : extensions) {
+        for (int i = 0; i < extension.size(); ++i) {
+            for (int unit = 1; unit <= 0xffff; ++unit) {
+                if (unit == '.') // begins an extension of its own
+                    continue;
+                QString spoilt = extension;
+                spoilt[i] = QChar(unit);
+                const bool isMedia = kindOf(fileAt(QStringLiteral("a.") + spoilt)) != Neither;
+                QVERIFY2(isMedia == known.contains(spoilt.toLower()), qPrintable(spoilt));
+            }
+        }
+    }
 }
 
 void tst_LocalUploadFile::keyOfAFile_data()

@@ -132,7 +132,7 @@ void tst_ProjectFolderScan::filesAreDescribedAsTheyAreOnDisk()
     QCOMPARE(files.first().absolutePath, disk.absoluteFilePath());
     QCOMPARE(files.first().relativePath, QStringLiteral("/video/Clip.MOV"));
     QCOMPARE(files.first().size, Q_UINT64_C(4321));
-    QCOMPARE(files.first().lastModified, disk.lastModified());
+    QCOMPARE(files.first().lastModified(), disk.lastModified());
     QVERIFY(files.first().isVideo);
 }
 

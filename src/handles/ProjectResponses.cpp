@@ -1,8 +1,8 @@
 #include "handles/ProjectResponses.h"
 
+#include "handles/ReplyDate.h"
 #include "handles/XmlReply.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -13,12 +13,6 @@
 namespace Korvo::Web {
 
 namespace {
-
-// Local time. A fraction or a zone behind the seconds makes the date invalid, and users of the list can tell.
-QDateTime projectDateFrom(const QString &text)
-{
-    return QDateTime::fromString(text, QStringLiteral("yyyy-MM-ddThh:mm:ss"));
-}
 
 // Nothing here says who imported the project: the flag keeps its default.
 void readField(ProjectInfo &project, const QStringRef &name, QXmlStreamReader &reader)

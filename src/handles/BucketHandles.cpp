@@ -1,5 +1,7 @@
 #include "handles/BucketHandles.h"
 
+#include <utility>
+
 namespace Korvo::Web {
 
 void BucketCreateRequestHandle::handleResponse(const QString &data, QNetworkReply::NetworkError error)
@@ -32,9 +34,20 @@ void ObjectSpaceRequestHandle::handleResponse(const QString &data, QNetworkReply
     Q_EMIT requestFinished(answered<ObjectSpaceResponse>(data, error));
 }
 
+ListFilesFromLocationsRequestHandle::ListFilesFromLocationsRequestHandle(QObject *parent)
+    : RequestHandle(parent)
+{
+    readsBytes = true;
+}
+
+// The reply may have tens of megabytes; it goes before whoever hears of the listing makes more of it.
 void ListFilesFromLocationsRequestHandle::handleResponse(const QString &data, QNetworkReply::NetworkError error)
 {
-    Q_EMIT requestFinished(answered<ListOfFilesFromLocationResponse>(data, error));
+    Q_UNUSED(data)
+    ListOfFilesFromLocationResponse response;
+    response.setOutcome(error);
+    response.parse(std::exchange(responseData, QByteArray()));
+    Q_EMIT requestFinished(response);
 }
 
 } // namespace Korvo::Web

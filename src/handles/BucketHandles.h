@@ -96,7 +96,7 @@ class ListFilesFromLocationsRequestHandle : public RequestHandle
     Q_OBJECT
 
 public:
-    using RequestHandle::RequestHandle;
+    explicit ListFilesFromLocationsRequestHandle(QObject *parent = nullptr);
 
 Q_SIGNALS:
     void requestFinished(ListOfFilesFromLocationResponse response);

@@ -1,5 +1,6 @@
 #include "handles/BucketResponses.h"
 
+#include "handles/ReplyDate.h"
 #include "handles/XmlReply.h"
 
 #include <utility>
@@ -14,21 +15,43 @@ bool isTrue(const QString &text)
     return text == QLatin1String("true");
 }
 
-void readField(RemoteFileEntry &file, const QStringRef &name, QXmlStreamReader &reader)
+// Neighbours in a listing tend to have the same type and folder, and need only one text for it.
+QString sharedText(const QString &text, const QString &neighbour)
+{
+    return text == neighbour ? neighbour : text;
+}
+
+void readField(RemoteFileEntry &file, const RemoteFileEntry &neighbour, const QStringRef &name,
+               QXmlStreamReader &reader)
 {
     if (name == QLatin1String("FileName")) {
         file.fileName = reader.readElementText();
     } else if (name == QLatin1String("Key")) {
         file.key = reader.readElementText();
     } else if (name == QLatin1String("ModifiedDate")) {
-        file.modifiedDate = QDateTime::fromString(reader.readElementText(), Qt::ISODate);
+        file.modifiedDate = isoDateFrom(reader.readElementText());
     } else if (name == QLatin1String("Size")) {
         file.size = reader.readElementText().toLongLong();
     } else if (name == QLatin1String("Type")) {
-        file.type = reader.readElementText();
+        file.type = sharedText(reader.readElementText(), neighbour.type);
     } else if (name == QLatin1String("Directory")) {
-        file.directory = reader.readElementText();
+        file.directory = sharedText(reader.readElementText(), neighbour.directory);
     }
+}
+
+template <typename Reply>
+auto readListing(const Reply &reply, ListOfFilesFromLocationValues *listing)
+{
+    QList<RemoteFileEntry> &entries = listing->entries;
+    return forEachElement(reply, [&](const QStringRef &name, QXmlStreamReader &reader) {
+        if (name == QLatin1String("ObjectModel")) {
+            entries.append(RemoteFileEntry());
+        } else if (name == QLatin1String("Count")) {
+            listing->count = reader.readElementText().toInt();
+        } else if (!entries.isEmpty()) {
+            readField(entries.last(), entries.at(qMax(entries.size() - 2, 0)), name, reader);
+        }
+    });
 }
 
 } // namespace
@@ -66,16 +89,18 @@ void ObjectSpaceResponse::parse(const QString &text)
 void ListOfFilesFromLocationResponse::parse(const QString &text)
 {
     ListOfFilesFromLocationValues listing;
-    forEachElement(text, [&](const QStringRef &name, QXmlStreamReader &reader) {
-        if (name == QLatin1String("ObjectModel")) {
-            listing.entries.append(RemoteFileEntry());
-        } else if (name == QLatin1String("Count")) {
-            listing.count = reader.readElementText().toInt();
-        } else if (!listing.entries.isEmpty()) {
-            readField(listing.entries.last(), name, reader);
-        }
-    });
+    readListing(text, &listing);
     setValues(std::move(listing));
+}
+
+void ListOfFilesFromLocationResponse::parse(const QByteArray &utf8)
+{
+    const QByteArray reply = utf8.left(int(qstrlen(utf8.constData()))); // ends at the first zero byte, as its text does
+    ListOfFilesFromLocationValues listing;
+    if (readListing(reply, &listing))
+        setValues(std::move(listing));
+    else
+        parse(QString::fromUtf8(reply));
 }
 
 } // namespace Korvo::Web

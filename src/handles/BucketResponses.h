@@ -119,6 +119,8 @@ public:
     qint32 count() const { return values().count; }
 
     void parse(const QString &text);
+    /// From the bytes of the reply; comes to the same, but a long listing need not stand in memory as text.
+    void parse(const QByteArray &utf8);
 };
 
 } // namespace Korvo::Web

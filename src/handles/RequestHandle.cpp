@@ -235,7 +235,7 @@ void RequestHandle::onReplyFinished()
         }
     }
     const QPointer<RequestHandle> self(this);
-    handleResponse(textOf(responseData), lastError);
+    handleResponse(readsBytes ? QString() : textOf(responseData), lastError);
     if (self)
         disposeOf(finishedReply);
 }

@@ -72,7 +72,8 @@ protected:
     QNetworkAccessManager *networkManager = nullptr;
     qint32 retryCount = 0;
     bool retryEnabled = false;
-    bool tooLong = false; // the reply was given up because it did not end
+    bool readsBytes = false; // handleResponse() wants responseData itself and gets no text
+    bool tooLong = false;    // the reply was given up because it did not end
     QNetworkReply::NetworkError lastError = QNetworkReply::NoError;
 
 protected Q_SLOTS:

@@ -1,6 +1,8 @@
 #include "handles/BucketResponses.h"
+#include "handles/XmlReply.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QRandomGenerator>
 #include <QtTest/QTest>
 
 using namespace Korvo::Web;
@@ -54,6 +56,35 @@ void addSizeRows()
     QTest::newRow("text") << QStringLiteral("many") << qint64(0);
 }
 
+const QByteArray SAMPLE_LISTING
+    = "<R><Count>9</Count><ObjectModel><Directory>Video/Sec</Directory><FileName>a \xc3\xa4.mp4</FileName>"
+      "<Key>P/Video/Sec/a \xc3\xa4.mp4</Key><ModifiedDate>2025-03-04T10:11:12.5Z</ModifiedDate><Size>5000000000</Size>"
+      "<Type>File</Type></ObjectModel><ObjectModel><Type>File</Type><Key>P/b&amp;c</Key><Size>7</Size></ObjectModel></R>";
+
+// Everything that a listing carries, one entry a line.
+QStringList valuesOf(const ListOfFilesFromLocationResponse &listing)
+{
+    QStringList values{QString::number(listing.count())};
+    const auto entries = listing.entries();
+    for (const RemoteFileEntry &entry : entries)
+        values.append(QStringList{entry.fileName, entry.key, entry.modifiedDate.toString(Qt::ISODateWithMs),
+                                  QString::number(entry.size), entry.type, entry.directory}
+                          .join(QLatin1Char('|')));
+    return values;
+}
+
+QStringList valuesFromText(const QByteArray &reply)
+{
+    return valuesOf(parsed<ListOfFilesFromLocationResponse>(QString::fromUtf8(reply.constData())));
+}
+
+QStringList valuesFromBytes(const QByteArray &reply)
+{
+    ListOfFilesFromLocationResponse listing;
+    listing.parse(reply);
+    return valuesOf(listing);
+}
+
 } // namespace
 
 class tst_BucketResponses : public QObject
@@ -94,6 +125,10 @@ private Q_SLOTS:
     void hostileListing_data();
     void hostileListing();
     void oneHundredThousandEntriesAreRead();
+    void bytesComeToTheSameAsTheirText_data();
+    void bytesComeToTheSameAsTheirText();
+    void spoiltBytesComeToTheSameAsTheirText();
+    void longListingIsReadFromItsBytes();
 };
 
 void tst_BucketResponses::nameIsRead_data()
@@ -364,6 +399,77 @@ void tst_BucketResponses::oneHundredThousandEntriesAreRead()
     QCOMPARE(listing.entries().size(), ENTRIES);
     QCOMPARE(listing.entries().last().size, qint64(ENTRIES - 1));
     QCOMPARE(listing.entries().last().fileName, QStringLiteral("file-99999.jpg"));
+}
+
+void tst_BucketResponses::bytesComeToTheSameAsTheirText_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    const QByteArray utf8 = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("plain") << SAMPLE_LISTING;
+    QTest::newRow("declared") << utf8 + SAMPLE_LISTING;
+    QTest::newRow("declared in capitals") << "<?xml version='1.0' encoding='UTF-8'?>" + SAMPLE_LISTING;
+    QTest::newRow("declared as something else") << "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>" + SAMPLE_LISTING;
+    QTest::newRow("declared as nothing known") << "<?xml version=\"1.0\" encoding=\"none\"?>" + SAMPLE_LISTING;
+    QTest::newRow("declared without encoding") << "<?xml version=\"1.0\"?>" + SAMPLE_LISTING;
+    QTest::newRow("declaration of great length")
+        << "<?xml version=\"1.0\"" + QByteArray(300, ' ') + "encoding=\"utf-16\"?>" + SAMPLE_LISTING;
+    QTest::newRow("byte order mark") << "\xef\xbb\xbf" + utf8 + SAMPLE_LISTING;
+    QTest::newRow("UTF-16") << QByteArray("\xff\xfe<\0R\0/\0>\0", 10);
+    QTest::newRow("blank before it") << ' ' + SAMPLE_LISTING;
+    QTest::newRow("blank before the declaration") << ' ' + utf8 + SAMPLE_LISTING;
+    QTest::newRow("zero byte inside") << SAMPLE_LISTING.left(200) + '\0' + SAMPLE_LISTING.mid(200);
+    QTest::newRow("zero byte behind it") << SAMPLE_LISTING + '\0' + "<more/>";
+    QTest::newRow("cut off") << SAMPLE_LISTING.left(300);
+    QTest::newRow("cut off inside a character") << SAMPLE_LISTING.left(SAMPLE_LISTING.indexOf("\xc3") + 1);
+    QTest::newRow("broken character") << QByteArray(SAMPLE_LISTING).replace("\xc3\xa4", "\xc3(");
+    QTest::newRow("surrogate") << QByteArray(SAMPLE_LISTING).replace("\xc3\xa4", "\xed\xa0\x80");
+    QTest::newRow("no character") << QByteArray(SAMPLE_LISTING).replace("\xc3\xa4", "\xef\xbf\xbf");
+    QTest::newRow("beyond the first plane") << QByteArray(SAMPLE_LISTING).replace("\xc3\xa4", "\xf0\x9f\x98\x80");
+    QTest::newRow("broken character behind it") << SAMPLE_LISTING + "\xc3";
+    QTest::newRow("document type") << "<!DOCTYPE R>" + SAMPLE_LISTING;
+    QTest::newRow("entity") << "<!DOCTYPE R [<!ENTITY x 'y'>]>" + SAMPLE_LISTING;
+    QTest::newRow("undeclared entity") << QByteArray(SAMPLE_LISTING).replace("&amp;", "&x;");
+    QTest::newRow("child in a text") << QByteArray(SAMPLE_LISTING).replace("&amp;", "<x/>");
+    QTest::newRow("section and comment") << QByteArray(SAMPLE_LISTING).replace("&amp;", "<![CDATA[<&]]><!-- -- -->");
+    QTest::newRow("line ends") << QByteArray(SAMPLE_LISTING).replace("&amp;", "\r\n\r&#13;\n");
+    QTest::newRow("too many attributes") << QByteArray(SAMPLE_LISTING).replace("<Count>", "<x" + QByteArray(" a='='").repeated(1001) + "/><Count>");
+    QTest::newRow("longer than what is read at once")
+        << "<R>" + SAMPLE_LISTING.mid(3, SAMPLE_LISTING.size() - 7).repeated(1000) + "</R>";
+}
+
+void tst_BucketResponses::bytesComeToTheSameAsTheirText()
+{
+    QFETCH(QByteArray, reply);
+    QCOMPARE(valuesFromBytes(reply), valuesFromText(reply));
+}
+
+// One byte, three or seven of a good reply are changed, doubled or taken away.
+void tst_BucketResponses::spoiltBytesComeToTheSameAsTheirText()
+{
+    QRandomGenerator generator(7);
+    const QByteArray characters("<>/&;'\"=!-[]? \0\xc3\xa4\xff" "aR1", 24);
+    for (int round = 0; round < 20000; ++round) {
+        QByteArray reply = SAMPLE_LISTING;
+        for (int changes = 1 + 2 * generator.bounded(4); changes > 0; --changes) {
+            const int at = generator.bounded(reply.size());
+            if (generator.bounded(3) == 0)
+                reply.remove(at, 1 + generator.bounded(20));
+            else
+                reply.replace(at, generator.bounded(2), characters.mid(generator.bounded(characters.size()), 1));
+        }
+        QCOMPARE(valuesFromBytes(reply), valuesFromText(reply));
+    }
+}
+
+// Else its text would be made for nothing: the shape that servers send must not need the way round.
+void tst_BucketResponses::longListingIsReadFromItsBytes()
+{
+    for (const char *declaration : {"", "<?xml version=\"1.0\" encoding=\"utf-8\"?>"}) {
+        int elements = 0;
+        QVERIFY(forEachElement(declaration + SAMPLE_LISTING, [&](const QStringRef &, QXmlStreamReader &) { ++elements; }));
+        QCOMPARE(elements, 13);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_BucketResponses)

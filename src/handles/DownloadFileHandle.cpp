@@ -61,7 +61,7 @@ void DownloadFileHandle::setReply(QNetworkReply *newReply)
     if (!reply || isWatched)
         return;
     if (fileReady) // else nobody reads, and a full buffer would hold the reply up for ever
-        watchBody(reply);
+        watchBody(reply, totalBytesToRead);
     connect(reply, &QNetworkReply::readyRead, this, &DownloadFileHandle::onReplyReadyRead);
     connect(reply, &QNetworkReply::finished, this, &DownloadFileHandle::onReplyFinished);
 }
@@ -80,7 +80,7 @@ void DownloadFileHandle::onReplyReadyRead()
 {
     if (!fileReady || aborted || !reply)
         return;
-    const QByteArray chunk = reply->readAll();
+    const QByteArray chunk = readBody(*reply);
     if (chunk.isEmpty() || !carriesContent(*reply))
         return;
     totalBytesRead += chunk.size();

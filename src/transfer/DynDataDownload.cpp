@@ -71,7 +71,7 @@ void DynDataDownload::onNetworkReplyReadyRead()
 {
     if (!reply || !outputFile.isOpen())
         return;
-    const QByteArray chunk = reply->readAll();
+    const QByteArray chunk = readBody(*reply);
     receivedBytes += chunk.size();
     // The text of a refusal is not the data asked for.
     if (carriesContent(*reply) && outputFile.write(chunk) != chunk.size())

@@ -110,6 +110,7 @@ void ProjectDownload::startFile(const RemoteFile &file)
     }
     handle->setParent(this);
     activeDownloads.insert(file.key, {handle, file});
+    currentFiles = activeDownloads.keys();
     connect(handle, &RequestHandle::errorOccurred, this, &ProjectDownload::handleError);
     connect(handle, &DownloadFileHandle::downloadedBytesChanged, this, &ProjectDownload::updateBytes);
     // The answer is judged before the file is counted.
@@ -135,7 +136,7 @@ void ProjectDownload::updateBytes(qint64 fileDownloadedBytes, qint64 lastStepDow
 void ProjectDownload::reportTotal()
 {
     Q_EMIT totalDownloadProgressChanged(downloadId, filesCompleted, filesTotal,
-                                        percentOf(double(downloadedBytes), double(totalBytes)), activeDownloads.keys());
+                                        percentOf(double(downloadedBytes), double(totalBytes)), currentFiles);
 }
 
 ProjectDownload::FileInFlight *ProjectDownload::find(QObject *handle)
@@ -188,6 +189,7 @@ void ProjectDownload::fileDownloadFinished()
 void ProjectDownload::endFile(DownloadFileHandle *handle)
 {
     activeDownloads.remove(handle->remotePath());
+    currentFiles = activeDownloads.keys();
     handle->deleteLater();
     if (pendingFiles.isEmpty() && activeDownloads.isEmpty() && !aborted)
         Q_EMIT downloadCompleted(downloadId);
@@ -204,6 +206,7 @@ void ProjectDownload::pause()
     paused = true;
     const auto files = activeDownloads.values();
     activeDownloads.clear();
+    currentFiles.clear();
     for (int i = files.size() - 1; i >= 0; --i) {
         const FileInFlight &file = files.at(i);
         file.handle->disconnect(this);

@@ -63,6 +63,7 @@ private:
     const qint32 downloadId;
     QList<RemoteFile> pendingFiles;
     QMap<QString, FileInFlight> activeDownloads; // by key
+    QStringList currentFiles;                    // the keys of activeDownloads; every step of progress tells them
     QString downloadPath;
     QString projectId; // not needed by the steps of the download
     QString bucketName;

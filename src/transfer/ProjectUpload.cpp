@@ -136,6 +136,7 @@ void ProjectUpload::gotListFileResults(ListOfFilesFromLocationResponse response)
     for (const RemoteFileEntry &entry : entries)
         remoteFiles.insert(entry.fileName, entry);
     scanProjectFolder();
+    remoteFiles.clear(); // a large bucket takes its place in memory, and nobody asks for it again
     listed = true;
     if (!paused)
         schedule();
@@ -197,6 +198,7 @@ void ProjectUpload::startFile(const LocalUploadFile &file)
     connect(handle, &AbstractUploadFileRequestHandle::uploadedBytes, this, &ProjectUpload::updateBytes);
     handle->reportStart();
     activeUploads.insert(file.absolutePath, handle);
+    currentFiles = activeUploads.keys();
     if (aborted) // by whoever heard of the start
         handle->abort();
     else if (paused)
@@ -273,7 +275,7 @@ void ProjectUpload::updateBytes(qint64 fileUploadedBytes, qint64 lastStepUploade
 void ProjectUpload::reportTotal()
 {
     Q_EMIT totalUploadProgressChanged(uploadId, filesCompleted, filesTotal,
-                                      percentOf(double(uploadedBytes), double(totalBytes)), activeUploads.keys());
+                                      percentOf(double(uploadedBytes), double(totalBytes)), currentFiles);
 }
 
 void ProjectUpload::fileUploadFinished()
@@ -306,8 +308,14 @@ void ProjectUpload::forget(AbstractUploadFileRequestHandle *handle)
 {
     const QString path = handle->description().localFilePath;
     if (activeUploads.value(path) == handle)
-        activeUploads.remove(path);
+        removeActive(path);
     handle->deleteLater();
+}
+
+void ProjectUpload::removeActive(const QString &path)
+{
+    activeUploads.remove(path);
+    currentFiles = activeUploads.keys();
 }
 
 void ProjectUpload::finish()
@@ -316,7 +324,6 @@ void ProjectUpload::finish()
         return;
     finished = true;
     // The job stays registered; what it knows of its files need not.
-    remoteFiles.clear();
     nodeMediaFiles.clear();
     usedMediaKeys.clear();
     communicator->finishUpload(projectId, importType);
@@ -369,7 +376,7 @@ void ProjectUpload::restartStalledFiles()
 void ProjectUpload::restart(UploadFileMultiPartRequestHandle *handle)
 {
     const QString path = handle->description().localFilePath;
-    activeUploads.remove(path);
+    removeActive(path);
     uploadedBytes -= handle->uploadedSize();
     handle->disconnect(this);
     handle->setParent(communicator); // its abort request may outlive the job

@@ -80,6 +80,7 @@ private:
     void finish();
     void endTransfers();
     void forget(AbstractUploadFileRequestHandle *handle);
+    void removeActive(const QString &path);
     void deleteIfIdle();
     void restartStalledFiles();
     void restart(UploadFileMultiPartRequestHandle *handle);
@@ -87,6 +88,7 @@ private:
     WebCommunicator *const communicator;
     QList<LocalUploadFile> pendingFiles;
     QMap<QString, AbstractUploadFileRequestHandle *> activeUploads; // by absolute local path
+    QStringList currentFiles; // the keys of activeUploads; every step of progress tells them
     QString projectPath;
     QString projectId;
     QString projectName;

@@ -193,6 +193,8 @@ private Q_SLOTS:
     void everyRequestOnTheWire();
     void noRedirectIsFollowed_data();
     void noRedirectIsFollowed();
+    void noRequestAllowsHttp2_data();
+    void noRequestAllowsHttp2();
     void onlySomeRequestsAreSentAgain_data();
     void onlySomeRequestsAreSentAgain();
     void eachSignedRequestHasAMessageTokenOfItsOwn();
@@ -527,6 +529,28 @@ void tst_WebCommunicator::noRedirectIsFollowed()
     QCOMPARE(server->requestCount(), sends);
     const auto *const handle = qobject_cast<RequestHandle *>(watched);
     QVERIFY(!handle || handle->replyError() == QNetworkReply::TooManyRedirectsError);
+}
+
+void tst_WebCommunicator::noRequestAllowsHttp2_data()
+{
+    everyRequestOnTheWire_data();
+}
+
+// Not left to what Qt, or an environment variable, takes for granted.
+void tst_WebCommunicator::noRequestAllowsHttp2()
+{
+    QFETCH(Send, send);
+    logIn();
+    QObject *const watched = send(*communicator);
+    QList<QNetworkReply *> replies = communicator->findChildren<QNetworkReply *>();
+    if (auto *const reply = qobject_cast<QNetworkReply *>(watched))
+        replies.append(reply);
+    QVERIFY(!replies.isEmpty());
+    for (const QNetworkReply *const reply : qAsConst(replies)) {
+        const QVariant isAllowed = reply->request().attribute(QNetworkRequest::Http2AllowedAttribute);
+        QVERIFY(isAllowed.isValid());
+        QVERIFY(!isAllowed.toBool());
+    }
 }
 
 void tst_WebCommunicator::onlySomeRequestsAreSentAgain_data()

@@ -945,7 +945,8 @@ void tst_ProjectDownload::pauseAtTheEndOfAFileDoesNotFetchItAgain()
     QVERIFY(waitUntil([&] { return isPaused && scene.isQuiet(); }));
     QCOMPARE(scene.platform.fileRequests("b.txt"), 0);
     scene.job->resume();
-    QVERIFY(waitUntil([&] { return scene.totals().last().startsWith(end); }));
+    // On a slow machine no total has been reported by the first look.
+    QVERIFY(waitUntil([&] { return !scene.totals().isEmpty() && scene.totals().last().startsWith(end); }));
     QVERIFY(scene.completes());
     QCOMPARE(scene.platform.fileRequests("a.txt"), 1);
     QCOMPARE(scene.platform.fileRequests("b.txt"), 1);

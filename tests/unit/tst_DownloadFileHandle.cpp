@@ -63,6 +63,7 @@ private Q_SLOTS:
     void readBufferIsBounded();
     void uploadProgressIsNotFollowed();
     void newReplyReplacesTheOld();
+    void endOfAnotherReplyIsNotItsOwn();
     void endOfTheHandleClosesTheFile();
 
     void failureIsHandedOver_data();
@@ -273,6 +274,20 @@ void tst_DownloadFileHandle::newReplyReplacesTheOld()
     second->finish("1234567890");
     QCOMPARE(contentOf(localPath()), QByteArray("1234567890"));
     QTRY_VERIFY(!first);
+}
+
+// An end that was on its way when the reply was exchanged.
+void tst_DownloadFileHandle::endOfAnotherReplyIsNotItsOwn()
+{
+    makeHandle();
+    FakeReply *const reply = startedReply();
+    FakeReply stranger;
+    QVERIFY(connect(&stranger, SIGNAL(finished()), handle.get(), SLOT(onReplyFinished())));
+    stranger.finish();
+    QCOMPARE(events, QStringList());
+    QVERIFY(handle->isInFlight());
+    reply->finish("0123456789");
+    QCOMPARE(events, QStringList({QStringLiteral("10 10 10"), QStringLiteral("finished 0")}));
 }
 
 void tst_DownloadFileHandle::endOfTheHandleClosesTheFile()

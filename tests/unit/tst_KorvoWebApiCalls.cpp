@@ -1,4 +1,5 @@
 // What each call of the facade sends, and what the host hears of the answer.
+#include "api/KorvoWebApiWorker.h"
 #include "flow/SignalRecorder.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedServer.h"
@@ -81,6 +82,7 @@ private Q_SLOTS:
     void newLoginCancelsTheOneInFlight();
     void newLoginReplacesOneThatStillAsks();
     void loginForgetsTheTokenBefore();
+    void codeForgetsTheTokenBefore();
     void logoutForgetsTheTokenAndKeepsTheUser();
     void tokenThatIsAboutToEndIsNone();
     void endOfTheTokenIsTold();
@@ -107,6 +109,7 @@ private Q_SLOTS:
     void abortedUploadIsCancelledOnTheServer();
     void failedUploadIsToldBehindItsEnd();
     void finishedUploadCannotBeAborted();
+    void singleFileTellsFailuresOnly();
     void callsDuringALoginWaitForItsEnd();
 
 private:
@@ -331,6 +334,22 @@ void tst_KorvoWebApiCalls::loginForgetsTheTokenBefore()
     QVERIFY(logIn());
     platform->server.enqueue(TOKEN, ScriptedAnswer::held(loginAnswer("ina")));
     api->login(QStringLiteral("ina"), QStringLiteral("pass"));
+    QVERIFY(requestsCome(2));
+    api->queryRemoteProjects();
+    QVERIFY(waitFor("projectInfoReceived"));
+    QCOMPARE(platform->server.requests(PROJECTS).last().header("Authorization").trimmed(), QByteArray("Bearer"));
+}
+
+// While the code is asked for, the login before still counts.
+void tst_KorvoWebApiCalls::codeForgetsTheTokenBefore()
+{
+    QVERIFY(logIn());
+    platform->server.enqueue(TWO_STEP, ScriptedAnswer::ok("true"));
+    api->login(QStringLiteral("ina"), QStringLiteral("pass"));
+    QVERIFY(waitFor("tokenAuthenticationNeeded"));
+    QCOMPARE(api->loginStatus(), LoginStatus::LoginStatusLoggedIn);
+    platform->server.enqueue(TOKEN, ScriptedAnswer::held(loginAnswer("ina")));
+    api->loginWithToken(QStringLiteral("123456"));
     QVERIFY(requestsCome(2));
     api->queryRemoteProjects();
     QVERIFY(waitFor("projectInfoReceived"));
@@ -706,6 +725,27 @@ void tst_KorvoWebApiCalls::finishedUploadCannotBeAborted()
     QCOMPARE(platform->server.requestCount(Route::CANCEL), 0);
     QCOMPARE(recorder->count("uploadActiveChanged"), 2);
     QCOMPARE(log->count(), 0);
+}
+
+// A call of the worker that the facade has no use for.
+void tst_KorvoWebApiCalls::singleFileTellsFailuresOnly()
+{
+    writeProject(1);
+    KorvoWebApiWorker worker;
+    worker.initialize();
+    const SignalRecorder seen(&worker);
+    const QString path = local(QStringLiteral("in/file 1"));
+    worker.uploadFile(QStringLiteral("bucket"), local(QStringLiteral("missing")), {}, QStringLiteral("key"));
+    QCOMPARE(seen.errors(), QList<Error>{Error::FileOpen});
+    worker.uploadFile(QStringLiteral("bucket"), path, QStringLiteral("folder"), QStringLiteral("good"));
+    QVERIFY(requestsCome(1));
+    platform->server.enqueue(Route::PUT_FILE, ScriptedAnswer(404));
+    worker.uploadFile(QStringLiteral("bucket"), path, QStringLiteral("folder"), QStringLiteral("bad"));
+    QVERIFY(seen.waitFor("errorOccurred", 2));
+    QCOMPARE(seen.errors(), QList<Error>({Error::FileOpen, Error::Network}));
+    QCOMPARE(platform->uploadedFiles().value("good"), patternOf(1000, 1));
+    QCOMPARE(textOf(platform->server.requests(Route::PUT_FILE).first().body, "ProjectFolderName"),
+             QByteArray("folder"));
 }
 
 void tst_KorvoWebApiCalls::callsDuringALoginWaitForItsEnd()

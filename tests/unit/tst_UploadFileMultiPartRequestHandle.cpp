@@ -81,6 +81,7 @@ private Q_SLOTS:
     void abortEndsWithAnyFinalAnswer_data();
     void abortEndsWithAnyFinalAnswer();
     void abortIsSentOnce();
+    void resumeAfterAnAbortSendsNothing();
     void abortAfterAFailureTellsTheServer();
     void uploadCompletedMeanwhile();
 
@@ -576,6 +577,16 @@ void tst_UploadFileMultiPartRequestHandle::abortEndsWithAnyFinalAnswer()
     perform(steps);
     QCOMPARE(events, QStringList{QStringLiteral("finished not 0")});
     QCOMPARE(network->count() - sentBefore, sends);
+    QVERIFY(!handle->isInFlight());
+}
+
+// A part that was held back by a pause goes with the upload.
+void tst_UploadFileMultiPartRequestHandle::resumeAfterAnAbortSendsNothing()
+{
+    makeHandle(PART + 1);
+    perform(QStringLiteral("iPoAaR"));
+    QCOMPARE(events, QStringList({QStringLiteral("part 1 of id-7: 4194304"), QStringLiteral("abort id-7"),
+                                  QStringLiteral("finished not 0")}));
     QVERIFY(!handle->isInFlight());
 }
 

@@ -26,6 +26,9 @@ public:
     QString start(const QStringList &options = {});
     ~LocalPlatform();
 
+    /// The file to trust whoever wants to come here by settings of its own.
+    QString authorityFile() const { return data.filePath(QStringLiteral("ca.pem")); }
+
     /// Asks a control route; an undefined value when it refuses.
     QJsonValue get(const QString &route);
     QJsonValue post(const QString &route, const QJsonValue &body);

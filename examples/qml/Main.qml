@@ -1,0 +1,108 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import Korvo.Web 1.0
+
+ApplicationWindow {
+    id: window
+
+    required property QtObject host
+    readonly property KorvoWebApi api: host.api
+    // Read again whenever loginStatusChanged() comes, and when the login has expired: that changes it without the signal.
+    property bool loggedIn: api.loginStatus === KorvoWebApi.LoginStatusLoggedIn
+
+    objectName: "window"
+    title: "Korvo Quick"
+    width: 560
+    height: 640
+    visible: true
+
+    Connections {
+        target: window.api
+
+        function onLoginResult(userName, loginResult) {
+            window.loggedIn = loginResult === KorvoWebApi.LoginResultSuccess
+            if (window.loggedIn) {
+                problem.text = ""
+                window.api.queryRemoteProjects()
+            }
+        }
+        function onLoginStatusChanged() {
+            window.loggedIn = window.api.loginStatus === KorvoWebApi.LoginStatusLoggedIn
+        }
+        function onLoginExpired() {
+            uploadBar.pause()
+            window.loggedIn = false
+            problem.text = qsTr("Your login has expired. Log in again to go on.")
+        }
+        function onErrorOccurred(error) { problem.text = window.host.errorText(error) }
+        function onQueryRemoteProjectsError(error) { problem.text = window.host.errorText(error) }
+    }
+
+    onLoggedInChanged: if (loggedIn) uploadBar.resume()
+
+    header: ToolBar {
+        RowLayout {
+            anchors.fill: parent
+            anchors.leftMargin: 12
+            anchors.rightMargin: 8
+
+            Label {
+                Layout.fillWidth: true
+                objectName: "userLabel"
+                textFormat: Text.PlainText
+                elide: Text.ElideRight
+                text: window.loggedIn ? window.api.currentUserFirstName + " " + window.api.currentUserLastName
+                                      : qsTr("Not logged in")
+            }
+            ToolButton {
+                objectName: "refreshButton"
+                text: qsTr("&Refresh")
+                visible: window.loggedIn
+                onClicked: window.api.queryRemoteProjects()
+            }
+            ToolButton {
+                objectName: "logoutButton"
+                text: qsTr("&Log out")
+                visible: window.loggedIn
+                // What a transfer sends without a login is refused.
+                onClicked: { uploadBar.pause(); window.api.logout() }
+            }
+        }
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Label {
+            id: problem
+            objectName: "problem"
+            Layout.fillWidth: true
+            padding: 10
+            visible: text !== ""
+            wrapMode: Text.Wrap
+            textFormat: Text.PlainText
+            color: "#8a1c14"
+            background: Rectangle { color: "#fbe3e0" }
+        }
+        LoginPage {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            visible: !window.loggedIn
+            host: window.host
+        }
+        ProjectsPage {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            visible: window.loggedIn
+            host: window.host
+            onFolderChosen: uploadBar.start(folder)
+        }
+        UploadBar {
+            id: uploadBar
+            Layout.fillWidth: true
+            host: window.host
+        }
+    }
+}

@@ -78,7 +78,8 @@ void DownloadFileHandle::abort()
 
 void DownloadFileHandle::onReplyReadyRead()
 {
-    if (!fileReady || aborted || !reply)
+    // Qt closes a reply that is given up, and would complain in the host's log when somebody reads it nevertheless.
+    if (!fileReady || aborted || !reply || !reply->isOpen())
         return;
     const QByteArray chunk = readBody(*reply);
     if (chunk.isEmpty() || !carriesContent(*reply))

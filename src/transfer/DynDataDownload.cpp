@@ -69,7 +69,8 @@ void DynDataDownload::attachReply(QNetworkReply *newReply)
 
 void DynDataDownload::onNetworkReplyReadyRead()
 {
-    if (!reply || !outputFile.isOpen())
+    // Qt closes a reply that is given up, and would complain in the host's log when somebody reads it nevertheless.
+    if (!reply || !reply->isOpen() || !outputFile.isOpen())
         return;
     const QByteArray chunk = readBody(*reply);
     receivedBytes += chunk.size();

@@ -5,6 +5,7 @@
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QUrlQuery>
 #include <QtNetwork/QNetworkProxy>
 #include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QSslCertificate>
@@ -96,12 +97,20 @@ QJsonValue LocalPlatform::post(const QString &route, const QJsonValue &body)
 
 QJsonValue LocalPlatform::answer(QNetworkReply *reply)
 {
+    bool isGood = false;
+    const QByteArray text = bytes(reply, &isGood);
+    return isGood ? jsonOf(text) : QJsonValue(QJsonValue::Undefined);
+}
+
+QByteArray LocalPlatform::bytes(QNetworkReply *reply, bool *isGood)
+{
     const QScopedPointer<QNetworkReply> owned(reply);
     const bool answered = eventually([&] { return reply->isFinished(); });
-    if (answered && reply->error() == QNetworkReply::NoError)
-        return jsonOf(reply->readAll());
+    *isGood = answered && reply->error() == QNetworkReply::NoError;
+    if (*isGood)
+        return reply->readAll();
     qWarning("control route: %s %s", qPrintable(reply->errorString()), reply->readAll().constData());
-    return QJsonValue::Undefined;
+    return {};
 }
 
 int LocalPlatform::addFault(const QJsonObject &fault)
@@ -189,6 +198,17 @@ QMap<QString, QString> LocalPlatform::hashes(const QString &bucket)
             found.insert(object[QLatin1String("key")].toString(), object[QLatin1String("sha256")].toString());
     }
     return found;
+}
+
+QByteArray LocalPlatform::object(const QString &bucket, const QString &key)
+{
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("bucket"), bucket);
+    query.addQueryItem(QStringLiteral("key"), key);
+    QUrl url(control + QStringLiteral("/object"));
+    url.setQuery(query);
+    bool isGood = false;
+    return bytes(manager.get(QNetworkRequest(url)), &isGood);
 }
 
 QMap<QString, QString> LocalPlatform::multipartStates(const QString &bucket)

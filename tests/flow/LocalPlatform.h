@@ -54,6 +54,8 @@ public:
     QJsonObject project(const QString &id);
     /// Keys of a bucket with the hexadecimal SHA-256 of their bytes.
     QMap<QString, QString> hashes(const QString &bucket);
+    /// The bytes of one object.
+    QByteArray object(const QString &bucket, const QString &key);
     /// States of the multipart uploads of a bucket, by key.
     QMap<QString, QString> multipartStates(const QString &bucket);
 
@@ -73,6 +75,7 @@ private:
     QString readReadyLine();
     void leadHere(quint16 proxyPort, const QString &authority);
     QJsonValue answer(QNetworkReply *reply);
+    QByteArray bytes(QNetworkReply *reply, bool *isGood);
 
     QTemporaryDir data;
     QProcess process;

@@ -448,7 +448,8 @@ void tst_BucketResponses::bytesComeToTheSameAsTheirText()
 void tst_BucketResponses::spoiltBytesComeToTheSameAsTheirText()
 {
     QRandomGenerator generator(7);
-    const QByteArray characters("<>/&;'\"=!-[]? \0\xc3\xa4\xff" "aR1", 24);
+    constexpr char CHARACTERS[] = "<>/&;'\"=!-[]? \0\xc3\xa4\xff" "aR1";
+    const QByteArray characters(CHARACTERS, int(sizeof CHARACTERS) - 1); // with the zero among them
     for (int round = 0; round < 20000; ++round) {
         QByteArray reply = SAMPLE_LISTING;
         for (int changes = 1 + 2 * generator.bounded(4); changes > 0; --changes) {

@@ -114,6 +114,7 @@ private Q_SLOTS:
     void beginOfAnUploadIsParsed();
     void bucketAnswersAreParsed();
     void listingIsParsed();
+    void listingWithEntitiesHasNoEntries();
     void mediaLinksAreParsed();
 
     void fourHandlesCanBeAwaited();
@@ -291,6 +292,17 @@ void tst_RequestHandles::listingIsParsed()
     QCOMPARE(listing.entries().size(), 1);
     QCOMPARE(listing.entries().first().key, QStringLiteral("a/b.jpg"));
     QCOMPARE(listing.entries().first().size, qint64(12));
+}
+
+// Entities are never read; an answer that declares some has come well, but says nothing.
+void tst_RequestHandles::listingWithEntitiesHasNoEntries()
+{
+    const auto responses = responsesOf<ListFilesFromLocationsRequestHandle, ListOfFilesFromLocationResponse>(
+        QNetworkReply::NoError,
+        "<!DOCTYPE R [<!ENTITY k \"../evil\">]>" + QByteArray(LISTING_TEXT).replace("a/b.jpg", "&k;"));
+    QCOMPARE(described(responses), QStringLiteral("0 success"));
+    QCOMPARE(responses.first().entries().size(), 0);
+    QCOMPARE(responses.first().count(), 0);
 }
 
 void tst_RequestHandles::mediaLinksAreParsed()

@@ -63,6 +63,27 @@ const QByteArrayList SIGNED_HEADERS = QByteArrayList{"Authorization: KorvoServic
 const QByteArrayList DATA_HEADERS{"Accept: application/xml", "Authorization: Bearer the-token"};
 const QByteArrayList UNCOMPRESSED{"Accept-Encoding: identity"};
 
+// As the slots that receive them spell them.
+constexpr const char *RESPONSES[] = {"LoginResponse",
+                                     "Check2StepAuthenticationResponse",
+                                     "ClientCredentialsResponse",
+                                     "BeginUploadProjectResponse",
+                                     "BucketCreateResponse",
+                                     "BucketGetResponse",
+                                     "ObjectCleanupResponse",
+                                     "ObjectDeleteResponse",
+                                     "ObjectExistsResponse",
+                                     "ObjectSpaceResponse",
+                                     "ListOfFilesFromLocationResponse",
+                                     "UserProjectsResponse",
+                                     "UploadProjectsStatusResponse",
+                                     "SingleProjectFileDownloadResponse",
+                                     "UploadFileResponse",
+                                     "UploadFileMultiPartInitResponse",
+                                     "UploadFileMultiPartFinishedResponse",
+                                     "DownloadFileResponse",
+                                     "StatusResponse"};
+
 const QString USER = QStringLiteral("a+b&c@example.com");
 const QString PASSWORD = QStringLiteral("pass&word %1");
 const QString PROJECT_ID = QStringLiteral("11111111-2222-3333-4444-555555555555");
@@ -186,6 +207,8 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
+    void constructorRegistersTheResponses_data();
+    void constructorRegistersTheResponses();
     void bucketName_data();
     void bucketName();
 
@@ -213,6 +236,7 @@ private Q_SLOTS:
     void credentialsApplyOnlyWhenComplete();
     void credentialsMayNameAPlainAddress();
     void silentCredentialsChangeNothing();
+    void awaitedHandlesAreDisposedOf();
     void logoutForgetsTheLogin();
     void logoutForgetsTheCookies();
 
@@ -224,6 +248,7 @@ private Q_SLOTS:
     void longLivedTokenArmsTheTimerAgain();
     void logoutStopsTheTokenTimer();
     void newLoginReplacesTheTokenTimer();
+    void otherTimersDoNotEndTheLogin();
 
     void failureIsRaised_data();
     void failureIsRaised();
@@ -231,6 +256,8 @@ private Q_SLOTS:
     void failedNoticeIsLoggedOnly_data();
     void failedNoticeIsLoggedOnly();
     void secretsStayOutOfTheLog();
+    void echoedFormStaysOutOfTheLog_data();
+    void echoedFormStaysOutOfTheLog();
 
     void unreadableFileSendsNothing_data();
     void unreadableFileSendsNothing();
@@ -245,6 +272,7 @@ private Q_SLOTS:
     void linkOfAnotherSchemeIsRefused();
 
     void destructionWithRequestsInFlight();
+    void repliesGoBeforeTheirManager();
 
 private:
     void logIn();
@@ -265,10 +293,15 @@ private:
     std::unique_ptr<RouteToServer> route;
     std::unique_ptr<LogCapture> log;
     std::unique_ptr<WebCommunicator> communicator;
+    QByteArrayList namesFromTheStart; // of responses that were registered before there was a communicator
 };
 
 void tst_WebCommunicator::initTestCase()
 {
+    for (const char *name : RESPONSES) {
+        if (QMetaType::type(name) != QMetaType::UnknownType)
+            namesFromTheStart.append(name);
+    }
     QCoreApplication::setApplicationName(QStringLiteral("Site Manager"));
     QCoreApplication::setApplicationVersion(QStringLiteral("2.1.0"));
     QVERIFY(folder.isValid());
@@ -326,6 +359,21 @@ UploadFileDescriptor tst_WebCommunicator::sampleFile() const
 {
     return {QStringLiteral("folder"), localFile(QStringLiteral("sample.mp4")), QStringLiteral("Video/sample.mp4"), BUCKET,
             true};
+}
+
+void tst_WebCommunicator::constructorRegistersTheResponses_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    for (const char *name : RESPONSES)
+        QTest::newRow(name) << QByteArray(name);
+}
+
+// Else the first answer that crosses a queued connection would be dropped.
+void tst_WebCommunicator::constructorRegistersTheResponses()
+{
+    QFETCH(QByteArray, name);
+    QVERIFY(!namesFromTheStart.contains(name));
+    QVERIFY(QMetaType::type(name.constData()) != QMetaType::UnknownType);
 }
 
 void tst_WebCommunicator::bucketName_data()
@@ -799,6 +847,16 @@ void tst_WebCommunicator::silentCredentialsChangeNothing()
     QCOMPARE(request.header("X-KorvoService-ClientId"), QByteArray("Vantrel"));
 }
 
+void tst_WebCommunicator::awaitedHandlesAreDisposedOf()
+{
+    communicator->readServerClock();
+    fetchCredentials(credentialsAnswer(SERVICE_ROOT, CLIENT_ID, SECRET));
+    fetchCredentials("no credentials");
+    QCOMPARE(server->requestCount(), 3);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(communicator->findChildren<QObject *>(), QObjectList());
+}
+
 void tst_WebCommunicator::logoutForgetsTheLogin()
 {
     logIn();
@@ -942,6 +1000,18 @@ void tst_WebCommunicator::newLoginReplacesTheTokenTimer()
     QVERIFY(timersOf(communicator.get()).isEmpty());
 }
 
+void tst_WebCommunicator::otherTimersDoNotEndTheLogin()
+{
+    QSignalSpy expired(communicator.get(), &WebCommunicator::loginExpired);
+    communicator->storeLogin(loginUntil(fromNow(10))); // within the margin, so the timer of the token does not run
+    const int other = communicator->startTimer(0);
+    QVERIFY(timersOf(communicator.get()).size() == 1);
+    QTimerEvent event(other);
+    QCoreApplication::sendEvent(communicator.get(), &event);
+    communicator->killTimer(other);
+    QCOMPARE(expired.count(), 0);
+}
+
 void tst_WebCommunicator::failureIsRaised_data()
 {
     QTest::addColumn<Send>("send");
@@ -1025,6 +1095,32 @@ void tst_WebCommunicator::secretsStayOutOfTheLog()
     QVERIFY(log->count() > 5);
     for (const char *secret : {"very-secret", "987654", "the-token", "another-token", SECRET.constData(), "KorvoService "})
         QVERIFY2(!log->contains(QString::fromUtf8(secret)), secret);
+}
+
+void tst_WebCommunicator::echoedFormStaysOutOfTheLog_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("behind");
+    QTest::newRow("alone") << QByteArray() << QByteArray();
+    QTest::newRow("page") << QByteArray("<html><body>Bad request:\n") << QByteArray("\n</body></html>");
+    QTest::newRow("broken JSON") << QByteArray(R"({"request":")") << QByteArray(R"(","error":)");
+}
+
+void tst_WebCommunicator::echoedFormStaysOutOfTheLog()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, behind);
+    server->always("/Token",
+                   [=](const RecordedRequest &request) { return ScriptedAnswer::ok(before + request.body + behind); });
+    const QString password = QStringLiteral("very secret&\"'=+1");
+    communicator->login(USER, password);
+    communicator->loginWithCode(USER, password, QStringLiteral("987654"));
+    QTRY_VERIFY(isQuiet());
+    QCOMPARE(log->count(), 2);
+    for (const QString &message : log->messages())
+        QVERIFY(message.startsWith(QStringLiteral("Error during parsing Login response.")));
+    for (const char *secret : {"very secret", "very%20secret", "very+secret", "\"'=+1", "987654"})
+        QVERIFY2(!log->contains(QString::fromUtf8(secret)), qPrintable(log->messages().join(QLatin1Char('\n'))));
 }
 
 void tst_WebCommunicator::unreadableFileSendsNothing_data()
@@ -1166,6 +1262,24 @@ void tst_WebCommunicator::destructionWithRequestsInFlight()
     communicator.reset();
     QCOMPARE(raised.count(), 0);
     QTRY_COMPARE(server->openConnections(), 0);
+}
+
+// A reply whose manager has gone would be without its connections.
+void tst_WebCommunicator::repliesGoBeforeTheirManager()
+{
+    server->setDefaultAnswer(ScriptedAnswer::held());
+    communicator->queryProjects();
+    communicator->uploadFile(sampleFile());
+    QVERIFY(server->waitForRequests(2));
+    const auto replies = communicator->findChildren<QNetworkReply *>();
+    QCOMPARE(replies.size(), 2);
+    const QPointer<QNetworkAccessManager> manager(replies.first()->manager());
+    int goneBefore = 0;
+    for (const QNetworkReply *reply : replies)
+        connect(reply, &QObject::destroyed, this, [&] { goneBefore += manager ? 1 : 0; });
+    communicator.reset();
+    QVERIFY(!manager);
+    QCOMPARE(goneBefore, 2);
 }
 
 QTEST_GUILESS_MAIN(tst_WebCommunicator)

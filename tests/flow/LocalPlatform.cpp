@@ -1,6 +1,7 @@
 #include "flow/LocalPlatform.h"
 
 #include "flow/SignalRecorder.h"
+#include "support/SecretWatch.h"
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
@@ -42,6 +43,14 @@ LocalPlatform::~LocalPlatform()
 {
     if (process.state() == QProcess::NotRunning)
         return;
+    expectNoPasswordInProcessList();
+    stop();
+    expectNoSecretIn(QString::fromUtf8(process.readAllStandardOutput()), "the output of the platform");
+    expectNoSecretIn(QString::fromUtf8(journalFile()), "the journal of the platform");
+}
+
+void LocalPlatform::stop()
+{
     process.closeWriteChannel();
     if (process.waitForFinished(STOP_LIMIT_MILLISECONDS))
         return;
@@ -51,6 +60,7 @@ LocalPlatform::~LocalPlatform()
 
 QString LocalPlatform::start(const QStringList &options)
 {
+    watchMessages();
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(QStringLiteral(LOCAL_PLATFORM_PROGRAM),
                   QStringList { QStringLiteral("--data"), data.path(), QStringLiteral("--port"), QStringLiteral("0"),

@@ -23,11 +23,17 @@ class LocalPlatform
 {
 public:
     /// Starts it and waits until it is ready; the reason when that fails, else an empty text.
+    ///
+    /// From here on no secret may be told: not in a message, and when the platform ends, not in its output, its journal or
+    /// the command lines of the processes of the test.
     QString start(const QStringList &options = {});
     ~LocalPlatform();
 
     /// The file to trust whoever wants to come here by settings of its own.
     QString authorityFile() const { return data.filePath(QStringLiteral("ca.pem")); }
+    qint64 processId() const { return process.processId(); }
+    /// "https://localhost:PORT": the platform without the proxy.
+    QString directRoot() const { return control.left(control.lastIndexOf(QLatin1Char('/'))); }
 
     /// Asks a control route; an undefined value when it refuses.
     QJsonValue get(const QString &route);
@@ -71,6 +77,7 @@ public:
     QByteArray journalFile() const;
 
 private:
+    void stop();
     int countOf(int fault, QLatin1String member);
     QString readReadyLine();
     void leadHere(quint16 proxyPort, const QString &authority);

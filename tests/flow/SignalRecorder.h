@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/SecretWatch.h"
+
 #include <NQKorvoWeb/KorvoWebApi.h>
 
 #include <QtCore/QCoreApplication>
@@ -152,6 +154,8 @@ private:
 
     void note(const SignalEvent &event)
     {
+        for (const QVariant &argument : event.arguments)
+            expectNoPasswordIn(argument.toString() + argument.toStringList().join(QLatin1Char(' ')), "a signal");
         recorded.append(event);
         if (onEvent)
             onEvent(event);

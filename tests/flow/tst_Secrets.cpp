@@ -50,6 +50,8 @@ private Q_SLOTS:
     void tokenSecretAndSignaturesStayUnseen();
     void brokenLoginAnswerIsLoggedWithoutItsToken_data();
     void brokenLoginAnswerIsLoggedWithoutItsToken();
+    void signatureOfALinkStaysUnseen_data();
+    void signatureOfALinkStaysUnseen();
 
 private:
     QString everythingLogged() const;
@@ -188,6 +190,42 @@ void tst_Secrets::brokenLoginAnswerIsLoggedWithoutItsToken()
     const QString logged = everythingLogged();
     QVERIFY(logged.contains(QStringLiteral("Error during parsing Login response.")));
     QVERIFY2(!logged.contains(QString::fromLatin1(TOKEN)), qPrintable(logged));
+}
+
+void tst_Secrets::signatureOfALinkStaysUnseen_data()
+{
+    QTest::addColumn<ScriptedAnswer>("answer");
+    QTest::newRow("not there") << ScriptedAnswer(404, "no such file");
+    QTest::newRow("refused") << ScriptedAnswer(403);
+    QTest::newRow("failed") << ScriptedAnswer(500);
+    QTest::newRow("dropped") << ScriptedAnswer::dropped();
+    QTest::newRow("cut off") << ScriptedAnswer::ok("half a file").announcing(100);
+    QTest::newRow("leads in a circle") << ScriptedAnswer::redirect("https://web.korvo.example/file?sig=" + SECRET);
+    QTest::newRow("leads to nowhere") << ScriptedAnswer::redirect("https://elsewhere.example/file?sig=" + SECRET);
+    QTest::newRow("leads to a less safe place")
+        << ScriptedAnswer::redirect("http://web.korvo.example/file?sig=" + SECRET);
+    QTest::newRow("arrives") << ScriptedAnswer::ok("the file");
+}
+
+// Such a link is a key by itself: whoever reads it can fetch the file.
+void tst_Secrets::signatureOfALinkStaysUnseen()
+{
+    QFETCH(ScriptedAnswer, answer);
+    ScriptedServer server;
+    const RouteToServer route(server);
+    server.setDefaultAnswer(answer);
+    QTemporaryDir folder;
+    Session session;
+    const QString link = QStringLiteral("https://web.korvo.example/file?sig=") + QString::fromLatin1(SECRET);
+    for (const QString &output : {folder.filePath(QStringLiteral("out")), folder.path()}) {
+        session->downloadSingleProjectFile(output, link);
+        session->downloadSingleProjectFile(output, link + QLatin1Char(' '));
+        session->downloadSingleProjectFile(output, QString(link).replace(QLatin1String("https"), QLatin1String("ftp")));
+    }
+    QVERIFY(session.signalsSeen().waitFor("downloadFinished", 6));
+    QVERIFY(server.requestCount() > 0);
+    const QString logged = everythingLogged();
+    QVERIFY2(!logged.contains(QString::fromLatin1(SECRET)), qPrintable(logged));
 }
 
 QTEST_GUILESS_MAIN(tst_Secrets)

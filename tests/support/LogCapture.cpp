@@ -1,5 +1,7 @@
 #include "support/LogCapture.h"
 
+#include "support/SecretWatch.h"
+
 #include <NQLogging/CLogger.h>
 
 #include <algorithm>
@@ -15,6 +17,14 @@ bool holds(const LogEntry &entry, const QString &text)
            || std::any_of(entry.arguments.cbegin(), entry.arguments.cend(), argumentHolds);
 }
 
+void expectNoSecret(const LogEntry &entry)
+{
+    expectNoSecretIn(entry.category, "the log");
+    expectNoSecretIn(entry.message, "the log");
+    for (const QVariant &argument : entry.arguments)
+        expectNoSecretIn(argument.toString(), "the log");
+}
+
 } // namespace
 
 LogCapture::LogCapture()
@@ -22,8 +32,10 @@ LogCapture::LogCapture()
 {
     Logging::CLogger::setSink([kept = store](Logging::LogLevel level, const QString &category, const QString &message,
                                              const QList<QVariant> &arguments) {
+        const LogEntry entry{int(level), category, message, arguments};
+        expectNoSecret(entry);
         const std::lock_guard<std::mutex> guard(kept->mutex);
-        kept->entries.append({int(level), category, message, arguments});
+        kept->entries.append(entry);
     });
 }
 

@@ -19,6 +19,8 @@ struct LogEntry
 };
 
 /// Takes everything that is logged while it lives, from every thread, instead of Qt's logging.
+///
+/// The test program ends at once when a secret of the local platform is logged, see SecretWatch.
 class LogCapture
 {
 public:

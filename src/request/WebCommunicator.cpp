@@ -4,6 +4,7 @@
 #include "handles/NetworkOutcome.h"
 #include "handles/UploadFileDescriptor.h"
 #include "request/RequestSignature.h"
+#include "request/TlsDemands.h"
 
 #include <NQKorvoWeb/Constants.h>
 #include <NQKorvoWeb/NetworkRequestBuilder.h>
@@ -24,6 +25,7 @@ QNetworkRequest guarded(QNetworkRequest request)
 {
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    demandModernTls(request);
     return request;
 }
 

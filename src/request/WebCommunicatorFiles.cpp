@@ -6,6 +6,7 @@
 #include "handles/UploadFileMultiPartRequestHandle.h"
 #include "handles/UploadFileRequestHandle.h"
 #include "request/RequestBodies.h"
+#include "request/TlsDemands.h"
 
 #include <NQKorvoWeb/Constants.h>
 #include <NQKorvoWeb/NetworkRequestBuilder.h>
@@ -119,7 +120,9 @@ QNetworkReply *WebCommunicator::downloadLink(const QString &link)
     QNetworkRequest request(url);
     request.setRawHeader("Accept-Encoding", "identity");
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    // Nothing secret goes along, so this one may lead on to where the file really lies.
+    demandModernTls(request);
+    // Nothing secret goes along, the session's cookies neither, so this one may lead on to where the file really lies.
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     return manager->get(request);
 }

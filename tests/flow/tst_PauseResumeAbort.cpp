@@ -1,4 +1,5 @@
 #include "flow/Folders.h"
+#include "flow/HostStates.h"
 #include "flow/Session.h"
 #include "support/LogCapture.h"
 
@@ -26,7 +27,6 @@ const QString BEGIN_PARTS_ROUTE = QStringLiteral("api/multipartupload/init");
 const QString PART_ROUTE = QStringLiteral("api/multipartupload/upload");
 const QString COMPLETE_ROUTE = QStringLiteral("api/multipartupload/complete");
 const QString ABORT_PARTS_ROUTE = QStringLiteral("api/multipartupload/abort");
-const QString TRANSCODING_ROUTE = QStringLiteral("api/job/putforeachpresets");
 const QString UPLOADED_ROUTE = QStringLiteral("api/UploadProject/Uploaded");
 const QString FILE_ROUTE = QStringLiteral("webdav/*");
 
@@ -45,54 +45,9 @@ int lastValue(const QList<SignalEvent> &events, const QByteArray &name)
     return value;
 }
 
-using Host = std::function<void(Session &, const QString &folder)>;
-
-/// Brings the facade into a state: what to hold up at the server, and what the host does meanwhile.
-struct State
-{
-    const char *name;
-    QString fault;
-    QString route;
-    Host host;
-};
-
-void logInOnly(Session &session, const QString &)
-{
-    session->login(USER, PASSWORD);
-}
-
-void uploadFolder(Session &session, const QString &folder)
-{
-    session->uploadProject(QStringLiteral("state"), QStringLiteral("state"), folder, PROJECT_DATE, 3);
-}
-
-void downloadFolder(Session &session, const QString &folder)
-{
-    session->downloadProject(QStringLiteral("stored"), QStringLiteral("stored"), folder + QStringLiteral("/out"), 3);
-}
-
-void downloadData(Session &session, const QString &folder)
-{
-    session->downloadQuickviewProjectData(QStringLiteral("stored"), folder + QStringLiteral("/out/data.xml"));
-}
-
-void uploadPaused(Session &session, const QString &folder)
-{
-    uploadFolder(session, folder);
-    session->pauseUpload(1);
-}
-
-void makeManyCalls(Session &session, const QString &folder)
-{
-    uploadFolder(session, folder);
-    downloadFolder(session, folder);
-    for (int i = 0; i < 200; ++i)
-        session->queryRemoteProjects();
-}
-
 } // namespace
 
-Q_DECLARE_METATYPE(Host)
+Q_DECLARE_METATYPE(HostState)
 
 class tst_PauseResumeAbort : public QObject
 {
@@ -133,6 +88,7 @@ private Q_SLOTS:
 
 private:
     QString local(const char *name) { return folder->filePath(QLatin1String(name)); }
+    Place place() { return {id, local("in"), local("out")}; }
 
     LocalPlatform platform;
     QScopedPointer<LogCapture> log;
@@ -281,7 +237,7 @@ void tst_PauseResumeAbort::pausedUploadSendsNothingMore()
 void tst_PauseResumeAbort::pausedDownloadFetchesNothingMore()
 {
     const int hang = platform.addFault(QStringLiteral("stallInBody"), FILE_ROUTE, 3);
-    downloadFolder(*session, folder->path());
+    downloadFolder(*session, place());
     QVERIFY(platform.waitForHit(hang, 3));
     session->api().pauseDownload(1);
     for (int i = 0; i < 3; ++i)
@@ -310,7 +266,7 @@ void tst_PauseResumeAbort::pauseBeforeTheListingHolds()
     const int slow = platform.addFault({ { QStringLiteral("kind"), QStringLiteral("delay") },
                                          { QStringLiteral("delayMs"), 200 }, { QStringLiteral("route"), LISTING_ROUTE } });
     KorvoWebApi &api = session->api();
-    isUpload ? uploadFolder(*session, local("in")) : downloadFolder(*session, folder->path());
+    isUpload ? uploadFolder(*session, place()) : downloadFolder(*session, place());
     QVERIFY(platform.waitForHit(slow));
     isUpload ? api.pauseUpload(1) : api.pauseDownload(1);
     QTRY_VERIFY(platform.journal().contains(QStringLiteral("POST ") + LISTING_ROUTE));
@@ -334,7 +290,7 @@ void tst_PauseResumeAbort::pausesOfOneJobLeaveTheOtherAlone()
     QVERIFY(platform.waitForHit(slow));
     session->api().pauseUpload(1);
     session->api().uploadProject(id + QLatin1Char('b'), id, local("in"), PROJECT_DATE);
-    downloadFolder(*session, folder->path());
+    downloadFolder(*session, place());
     QVERIFY(session->signalsSeen().waitFor("uploadFinished"));
     QVERIFY(session->signalsSeen().waitFor("downloadFinished"));
     QCOMPARE(session->signalsSeen().all("uploadFinished"), QList<QVariantList> { { 2u } });
@@ -458,7 +414,7 @@ void tst_PauseResumeAbort::abortedDownloadLeavesNoFolder()
     QFETCH(QString, route);
     QFETCH(bool, pausedBefore);
     const int held = platform.addFault(kind, route, 1);
-    downloadFolder(*session, folder->path());
+    downloadFolder(*session, place());
     QVERIFY(platform.waitForHit(held));
     if (pausedBefore)
         session->api().pauseDownload(1);
@@ -472,7 +428,7 @@ void tst_PauseResumeAbort::abortedDownloadLeavesNoFolder()
     QTRY_VERIFY(!session->api().anyDownloadActive());
     QCOMPARE(log->messages(), QStringList());
     // Nothing of it is in the way of another one.
-    downloadFolder(*session, folder->path());
+    downloadFolder(*session, place());
     QVERIFY(eventually([&] { return lastValue(session->signalsSeen().events(), "completedDownloadFilesChanged") == 6; }));
     QCOMPARE(treeOf(local("out")).size(), 6);
 }
@@ -481,7 +437,7 @@ void tst_PauseResumeAbort::abortTakesOlderFilesAlong()
 {
     QVERIFY(writeFile(local("out"), QStringLiteral("older/file.txt"), "was there before"));
     const int held = platform.addFault(QStringLiteral("stallInBody"), FILE_ROUTE, 1);
-    downloadFolder(*session, folder->path());
+    downloadFolder(*session, place());
     QVERIFY(platform.waitForHit(held));
     session->api().abortDownload(1);
     QTRY_VERIFY(!QFileInfo::exists(local("out")));
@@ -492,8 +448,8 @@ void tst_PauseResumeAbort::abortedTransferIsUnknownAfterwards()
 {
     QVERIFY(writeFile(local("in"), QStringLiteral("a"), "a"));
     const int held = platform.addFault(QStringLiteral("noAnswer"), LISTING_ROUTE, 2);
-    uploadFolder(*session, local("in"));
-    downloadFolder(*session, folder->path());
+    uploadFolder(*session, place());
+    downloadFolder(*session, place());
     QVERIFY(platform.waitForHit(held, 2));
     session->api().abortUpload(1);
     session->api().abortDownload(1);
@@ -513,51 +469,20 @@ void tst_PauseResumeAbort::abortedTransferIsUnknownAfterwards()
 
 void tst_PauseResumeAbort::destructionDoesNotWaitForTheServer_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("route");
-    QTest::addColumn<Host>("host");
-    const QString silent = QStringLiteral("noAnswer");
-    const QVector<State> states {
-        { "question about the second factor", silent, QStringLiteral("api/Users/CheckTwoStepAuthentication"), logInOnly },
-        { "login", silent, QStringLiteral("Token"), logInOnly },
-        { "wait for the clock", silent, QStringLiteral("api/Status/Get"), logInOnly },
-        { "wait for the credentials", silent, QStringLiteral("api/Projects/companykorvoservice"), logInOnly },
-        { "wait for the begin", silent, INIT_ROUTE, uploadFolder },
-        { "calls behind a wait", silent, INIT_ROUTE, makeManyCalls },
-        { "wait for the bucket query", silent, EXISTS_ROUTE, uploadFolder },
-        { "wait for the bucket", silent, BUCKET_ROUTE, uploadFolder },
-        { "listing of an upload", silent, LISTING_ROUTE, uploadFolder },
-        { "file in one piece", silent, PUT_FILE_ROUTE, uploadFolder },
-        { "file in one piece, on its way", QStringLiteral("stallInRequest"), PUT_FILE_ROUTE, uploadFolder },
-        { "begin of parts", silent, BEGIN_PARTS_ROUTE, uploadFolder },
-        { "part", silent, PART_ROUTE, uploadFolder },
-        { "part, on its way", QStringLiteral("stallInRequest"), PART_ROUTE, uploadFolder },
-        { "completion of parts", silent, COMPLETE_ROUTE, uploadFolder },
-        { "paused upload", QStringLiteral("delay"), INIT_ROUTE, uploadPaused },
-        { "transcoding", silent, TRANSCODING_ROUTE, uploadFolder },
-        { "finish notice", silent, UPLOADED_ROUTE, uploadFolder },
-        { "listing of a download", silent, LISTING_ROUTE, downloadFolder },
-        { "file without answer", silent, FILE_ROUTE, downloadFolder },
-        { "half a file", QStringLiteral("stallInBody"), FILE_ROUTE, downloadFolder },
-        { "data", QStringLiteral("stallInBody"), QStringLiteral("api/Projects/*"), downloadData },
-    };
-    for (const State &state : states)
-        QTest::newRow(state.name) << state.fault << state.route << state.host;
+    QTest::addColumn<HostState>("state");
+    const QVector<HostState> states = statesOnTheWire();
+    for (const HostState &state : states)
+        QTest::newRow(state.name) << state;
 }
 
 void tst_PauseResumeAbort::destructionDoesNotWaitForTheServer()
 {
-    QFETCH(QString, kind);
-    QFETCH(QString, route);
-    QFETCH(Host, host);
+    QFETCH(HostState, state);
     QVERIFY(writeFile(local("in"), QStringLiteral("large.bin"), randomBytes(6 * MIB, 1)));
     QVERIFY(writeFile(local("in"), QStringLiteral("medium.bin"), randomBytes(2 * MIB, 2)));
     QVERIFY(writeFile(local("in"), QStringLiteral("video.mp4"), randomBytes(1000, 3)));
-    const int held = platform.addFault(kind, route, 0);
-    if (route == BUCKET_ROUTE) // a bucket is made for a new project only
-        session->api().uploadProject(id, id, local("in"), PROJECT_DATE);
-    else
-        host(*session, route.startsWith(QLatin1String("webdav")) ? folder->path() : local("in"));
+    const int held = platform.addFault(state.fault, state.route, 0);
+    state.act(*session, place());
     QVERIFY(platform.waitForHit(held));
     const qint64 milliseconds = session->close();
     QVERIFY2(milliseconds < DESTRUCTION_LIMIT_MILLISECONDS, qPrintable(QString::number(milliseconds)));
@@ -591,8 +516,8 @@ void tst_PauseResumeAbort::destructionFromASlotIsSafe()
         session->api().uploadProject({}, {}, {}, {});
     } else {
         session->api().queryRemoteProjects();
-        uploadFolder(*session, local("in"));
-        downloadFolder(*session, folder->path());
+        uploadFolder(*session, place());
+        downloadFolder(*session, place());
     }
     QVERIFY(eventually([&] { return closed; }));
     const int count = session->signalsSeen().events().size();
@@ -612,9 +537,9 @@ void tst_PauseResumeAbort::destructionAtAnyMomentIsSafe()
     QFETCH(int, after);
     QVERIFY(makeRandomTree(local("in"), 6, 12));
     QVERIFY(writeFile(local("in"), QStringLiteral("large.bin"), randomBytes(9 * MIB, 1)));
-    uploadFolder(*session, local("in"));
-    downloadFolder(*session, folder->path());
-    downloadData(*session, folder->path());
+    uploadFolder(*session, place());
+    downloadFolder(*session, place());
+    downloadData(*session, place());
     QVERIFY(eventually([&] { return session->signalsSeen().events().size() >= after; }));
     const qint64 milliseconds = session->close();
     QVERIFY2(milliseconds < DESTRUCTION_LIMIT_MILLISECONDS, qPrintable(QString::number(milliseconds)));

@@ -163,6 +163,11 @@ QByteArray ScriptedServer::authorityCertificate() const
     return authority.authorityCertificate;
 }
 
+void ScriptedServer::speakOnly(QSsl::SslProtocol protocol)
+{
+    engine->speakOnly(protocol);
+}
+
 void ScriptedServer::enqueue(const QByteArray &path, const ScriptedAnswer &answer)
 {
     enqueue(isFor(path), answer);

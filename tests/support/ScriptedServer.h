@@ -9,6 +9,7 @@
 #include <QtCore/QPair>
 #include <QtCore/QThread>
 #include <QtNetwork/QNetworkProxy>
+#include <QtNetwork/QSsl>
 #include <QtNetwork/QSslConfiguration>
 
 #include <functional>
@@ -116,6 +117,9 @@ public:
     QByteArray plainRoot() const;
     /// PEM text of the authority that vouches for the host names. Made anew by every server.
     QByteArray authorityCertificate() const;
+
+    /// From now on TLS is spoken in this version alone.
+    void speakOnly(QSsl::SslProtocol protocol);
 
     /// Answers the next request for @p path (query left out) on whatever host.
     void enqueue(const QByteArray &path, const ScriptedAnswer &answer);

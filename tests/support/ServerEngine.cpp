@@ -1,6 +1,7 @@
 #include "support/ServerEngine.h"
 
 #include <QtNetwork/QSslCertificate>
+#include <QtNetwork/QSslConfiguration>
 #include <QtNetwork/QSslKey>
 
 #include <algorithm>
@@ -122,8 +123,23 @@ void ServerEngine::noteClosed()
     --connectionsOpen;
 }
 
+void ServerEngine::speakOnly(QSsl::SslProtocol protocol)
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    tlsVersion = protocol;
+}
+
+// The old versions of TLS are spoken only by who lowers OpenSSL's level of security.
 void ServerEngine::startEncryption(QSslSocket *socket) const
 {
+    QSslConfiguration configuration = socket->sslConfiguration();
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        configuration.setProtocol(tlsVersion);
+    }
+    if (configuration.protocol() != QSsl::SecureProtocols)
+        configuration.setBackendConfigurationOption("CipherString", QByteArrayLiteral("DEFAULT@SECLEVEL=0"));
+    socket->setSslConfiguration(configuration);
     socket->setLocalCertificate(QSslCertificate(authority.hostCertificate));
     socket->setPrivateKey(QSslKey(authority.hostKey, QSsl::Ec));
     socket->startServerEncryption();

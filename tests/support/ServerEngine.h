@@ -33,6 +33,7 @@ public:
     void addOnce(const Rule &rule);
     void addStanding(const Rule &rule);
     void setDefaultAnswer(const ScriptedAnswer &answer);
+    void speakOnly(QSsl::SslProtocol protocol);
     QList<RecordedRequest> recorded() const;
     void forgetRequests();
     int openConnections() const;
@@ -64,6 +65,7 @@ private:
     QList<RecordedRequest> requests;
     QList<ScriptedServer::Matcher> releases;
     int connectionsOpen = 0;
+    QSsl::SslProtocol tlsVersion = QSsl::SecureProtocols;
 };
 
 /// One client: takes its requests one after the other and sends it what the engine says.

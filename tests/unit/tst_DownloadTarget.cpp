@@ -1,8 +1,11 @@
 #include "transfer/DownloadTarget.h"
 
+#include "support/HostileKeys.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
@@ -39,6 +42,8 @@ private Q_SLOTS:
 
     void keyNeverLeavesTheFolder_data();
     void keyNeverLeavesTheFolder();
+    void generatedKeysNeverLeaveTheFolder_data();
+    void generatedKeysNeverLeaveTheFolder();
     void folderMayBeWrittenInManyWays_data();
     void folderMayBeWrittenInManyWays();
     void relativeFolderMeansTheCurrentOne();
@@ -238,6 +243,39 @@ void tst_DownloadTarget::keyNeverLeavesTheFolder()
     QFETCH(QString, key);
     QFETCH(int, rules);
     QTEST(DownloadTarget(ROOT, PathRules(rules)).localPath(key), "expected");
+}
+
+void tst_DownloadTarget::generatedKeysNeverLeaveTheFolder_data()
+{
+    QTest::addColumn<int>("rules");
+    QTest::newRow("posix") << int(PathRules::Posix);
+    QTest::newRow("windows") << int(PathRules::Windows);
+}
+
+// Whatever is let through lies below the folder, under names that mean nothing else to the system.
+void tst_DownloadTarget::generatedKeysNeverLeaveTheFolder()
+{
+    QFETCH(int, rules);
+    static const QRegularExpression unsafe(QStringLiteral("(^|/)\\.\\.?(/|$)"));
+    static const QRegularExpression unsafeOnWindows(
+        QStringLiteral("[:\\\\]|[. ](/|$)|(^|/)(con|nul|com[1-9]|lpt[1-9])(\\.[^/]*)?(/|$)"),
+        QRegularExpression::CaseInsensitiveOption);
+    const DownloadTarget target(ROOT, PathRules(rules));
+    const QStringList keys = TestSupport::hostileKeys(QStringLiteral("/downloads/target"));
+    QVERIFY(keys.size() >= 300);
+    int refused = 0;
+    for (const QString &key : keys) {
+        const QString path = target.localPath(key);
+        if (path == REFUSED) {
+            ++refused;
+            continue;
+        }
+        QVERIFY2(path.startsWith(ROOT + QLatin1Char('/')), qPrintable(key));
+        const QString relative = path.mid(ROOT.size() + 1);
+        QVERIFY2(!relative.contains(unsafe), qPrintable(key));
+        QVERIFY2(PathRules(rules) == PathRules::Posix || !relative.contains(unsafeOnWindows), qPrintable(key));
+    }
+    QVERIFY(refused > 100 && refused < keys.size() - 20);
 }
 
 void tst_DownloadTarget::folderMayBeWrittenInManyWays_data()

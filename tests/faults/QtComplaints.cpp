@@ -14,6 +14,8 @@ void note(QtMsgType type, const QMessageLogContext &context, const QString &text
 {
     if (type == QtDebugMsg || type == QtInfoMsg)
         return handlerBefore(type, context, text);
+    if (text.contains(QLatin1String("(QTcpSocket)"))) // Qt's own business below its HTTP layer, when a line breaks
+        return;
     const std::lock_guard<std::mutex> guard(mutex);
     complaints.append(text);
 }

@@ -187,7 +187,7 @@ void checkPlan(const DownloadTarget &target, const QString &root, const Listing 
 void runTarget(const QByteArray &input)
 {
     static const Scene scene;
-    const TestSupport::LogCapture log;
+    const TestSupport::LogCapture log(TestSupport::LogCapture::Watch::Nothing);
     const Listing listing = listingFrom(input);
     const DownloadTarget target(scene.root(), listing.rules);
     for (const RemoteFileEntry &entry : listing.entries)

@@ -56,7 +56,7 @@ void runTarget(const QByteArray &input)
     const int place = answer.contains(SECRET) ? std::max(earliest, numberIn(numbers, 1, answer.size())) : answer.size();
     answer.insert(place, junk);
 
-    const TestSupport::LogCapture log;
+    const TestSupport::LogCapture log(TestSupport::LogCapture::Watch::Nothing);
     LoginResponse response;
     response.parse(answer);
     for (const QString &message : log.messages())

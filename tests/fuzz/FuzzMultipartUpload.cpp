@@ -8,6 +8,7 @@
 #include "support/FakeNetwork.h"
 #include "support/LogCapture.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QMap>
 #include <QtCore/QTemporaryDir>
@@ -264,11 +265,12 @@ void Upload::check()
 
 void runTarget(const QByteArray &input)
 {
-    const TestSupport::LogCapture log;
+    const TestSupport::LogCapture log(TestSupport::LogCapture::Watch::Nothing);
     const QList<QByteArray> lines = input.split('\n');
     Upload upload(fileSizeFrom(lines.first()));
     for (int i = 1; i < std::min(lines.size(), MOST_STEPS); ++i) {
         upload.perform(lines.at(i));
+        QCoreApplication::sendPostedEvents(); // the next part waits for the event loop
         upload.check();
     }
 }

@@ -27,13 +27,14 @@ void expectNoSecret(const LogEntry &entry)
 
 } // namespace
 
-LogCapture::LogCapture()
+LogCapture::LogCapture(Watch watch)
     : store(std::make_shared<Store>())
 {
-    Logging::CLogger::setSink([kept = store](Logging::LogLevel level, const QString &category, const QString &message,
+    Logging::CLogger::setSink([kept = store, watch](Logging::LogLevel level, const QString &category, const QString &message,
                                              const QList<QVariant> &arguments) {
         const LogEntry entry{int(level), category, message, arguments};
-        expectNoSecret(entry);
+        if (watch == Watch::Secrets)
+            expectNoSecret(entry);
         const std::lock_guard<std::mutex> guard(kept->mutex);
         kept->entries.append(entry);
     });

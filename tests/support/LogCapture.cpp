@@ -30,8 +30,8 @@ void expectNoSecret(const LogEntry &entry)
 LogCapture::LogCapture(Watch watch)
     : store(std::make_shared<Store>())
 {
-    Logging::CLogger::setSink([kept = store, watch](Logging::LogLevel level, const QString &category, const QString &message,
-                                             const QList<QVariant> &arguments) {
+    Logging::CLogger::setSink([kept = store, watch](Logging::LogLevel level, const QString &category,
+                                                    const QString &message, const QList<QVariant> &arguments) {
         const LogEntry entry{int(level), category, message, arguments};
         if (watch == Watch::Secrets)
             expectNoSecret(entry);

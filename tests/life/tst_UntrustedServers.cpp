@@ -351,10 +351,13 @@ void tst_UntrustedServers::linkThatLeadsOnCarriesNothing()
     QCOMPARE(session.signalsSeen().errors(), QList<Error>());
     QCOMPARE(readFile(output()), QByteArray("a film"));
     for (const char *path : {"/link", "/film"}) {
-        QCOMPARE(server.requestCount(path), 1);
-        for (const char *header : {"Authorization", "Cookie", "X-KorvoService-ClientId", "X-KorvoService-MessageToken"})
-            QVERIFY2(!server.requests(path).first().hasHeader(header),
-                     (QByteArray(header) + " on " + path).constData());
+        // Qt may ask again when a connection closes under a request.
+        QVERIFY(server.requestCount(path) >= 1);
+        for (const auto &request : server.requests(path)) {
+            for (const char *header :
+                 {"Authorization", "Cookie", "X-KorvoService-ClientId", "X-KorvoService-MessageToken"})
+                QVERIFY2(!request.hasHeader(header), (QByteArray(header) + " on " + path).constData());
+        }
     }
 }
 

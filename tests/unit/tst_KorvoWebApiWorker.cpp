@@ -1,12 +1,15 @@
 #include "api/KorvoWebApiWorker.h"
 #include "flow/SignalRecorder.h"
 #include "support/LogCapture.h"
+#include "transfer/AbstractDownload.h"
 
 #include <NQKorvoWeb/KorvoWebLibrary.h>
 
 #include <QtCore/QScopedPointer>
 #include <QtCore/QTemporaryDir>
+#include <QtNetwork/QNetworkAccessManager>
 #include <QtNetwork/QNetworkProxy>
+#include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QTcpServer>
 #include <QtTest/QtTest>
 
@@ -64,6 +67,8 @@ private Q_SLOTS:
     void downloadThatCannotListEndsWithItsFinish();
     void downloadIntoAFileCannotStart();
     void downloadFlagRisesWithoutSignal();
+    void jobsGoBeforeTheManagerOfTheirRequests_data();
+    void jobsGoBeforeTheManagerOfTheirRequests();
 
 private:
     template<typename... Arguments>
@@ -388,6 +393,39 @@ void tst_KorvoWebApiWorker::downloadFlagRisesWithoutSignal()
     QVERIFY(!worker->isAnyDownloadActive());
     QCOMPARE(recorder->count("anyDownloadActiveChanged"), 0);
     QCOMPARE(recorder->count("downloadFinished"), 0);
+}
+
+void tst_KorvoWebApiWorker::jobsGoBeforeTheManagerOfTheirRequests_data()
+{
+    QTest::addColumn<bool>("isProject");
+    QTest::newRow("project") << true;
+    QTest::newRow("file of data") << false;
+}
+
+// A reply counts on its manager as long as it lives.
+void tst_KorvoWebApiWorker::jobsGoBeforeTheManagerOfTheirRequests()
+{
+    QFETCH(bool, isProject);
+    const QString path = folder->filePath(QStringLiteral("out"));
+    if (isProject)
+        worker->downloadProject(QStringLiteral("p"), QStringLiteral("p"), path, 1, 1);
+    else
+        worker->downloadQuickviewProjectData(QStringLiteral("p"), path, 1);
+    const auto *const job = worker->findChild<AbstractDownload *>();
+    QVERIFY(job);
+    const auto *const reply = job->findChild<QNetworkReply *>();
+    QVERIFY(reply);
+    QStringList gone;
+    const QObject witness;
+    const auto note = [&](const QObject *object, const QString &name) {
+        connect(object, &QObject::destroyed, &witness, [&gone, name] { gone.append(name); });
+    };
+    note(job, QStringLiteral("job"));
+    note(reply, QStringLiteral("reply"));
+    note(reply->manager(), QStringLiteral("manager"));
+    recorder.reset();
+    worker.reset();
+    QCOMPARE(gone, (QStringList{QStringLiteral("job"), QStringLiteral("reply"), QStringLiteral("manager")}));
 }
 
 QTEST_GUILESS_MAIN(tst_KorvoWebApiWorker)

@@ -202,6 +202,7 @@ private Q_SLOTS:
     void allPlacesTakenStillEnd();
     void failedWriteGivesTheFileUpOnce_data();
     void failedWriteGivesTheFileUpOnce();
+    void fileThatCannotBeWrittenIsNoLongerFetched();
     void errorSlotsTreatAnAbortDifferently();
 
     // Pause, resume, abort
@@ -213,6 +214,7 @@ private Q_SLOTS:
     void pauseInsideAReportIsSafe();
     void pauseAtTheEndOfAFileDoesNotFetchItAgain_data();
     void pauseAtTheEndOfAFileDoesNotFetchItAgain();
+    void pauseAtAFailedWriteDoesNotFetchTheFileAgain();
     void abortRemovesTheFolder();
     void abortBeforeTheListingIsFinal();
     void nothingStirsAnAbortedJob_data();
@@ -761,6 +763,23 @@ void tst_ProjectDownload::failedWriteGivesTheFileUpOnce()
     QCOMPARE(scene.platform.fileRequests("big.db3"), 1);
 }
 
+// Whoever hears of the end may take its time; until then nothing more comes, and nothing more is said of the file.
+void tst_ProjectDownload::fileThatCannotBeWrittenIsNoLongerFetched()
+{
+    DownloadScene scene;
+    scene.offerHeld("big.db3", patternOf(1000000), 300000);
+    bool wasInFlight = false;
+    bool isInFlight = true;
+    connect(scene.job, &ProjectDownload::errorOccurred, scene.job, [&] { wasInFlight = !scene.isQuiet(); });
+    connect(scene.job, &ProjectDownload::downloadCompleted, scene.job, [&] { isInFlight = !scene.isQuiet(); });
+    const FileSizeLimit fullDisk{100000};
+    scene.start();
+    QVERIFY(scene.completes());
+    QVERIFY(wasInFlight);
+    QVERIFY(!isInFlight);
+    QCOMPARE(scene.results(), (QStringList{QStringLiteral("error 10"), COMPLETED}));
+}
+
 void tst_ProjectDownload::errorSlotsTreatAnAbortDifferently()
 {
     DownloadScene scene;
@@ -949,6 +968,24 @@ void tst_ProjectDownload::pauseAtTheEndOfAFileDoesNotFetchItAgain()
     QVERIFY(waitUntil([&] { return !scene.totals().isEmpty() && scene.totals().last().startsWith(end); }));
     QVERIFY(scene.completes());
     QCOMPARE(scene.platform.fileRequests("a.txt"), 1);
+    QCOMPARE(scene.platform.fileRequests("b.txt"), 1);
+}
+
+void tst_ProjectDownload::pauseAtAFailedWriteDoesNotFetchTheFileAgain()
+{
+    DownloadScene scene;
+    scene.offer("a.db3", patternOf(1000000));
+    scene.offer("b.txt", "abc");
+    connect(scene.job, &ProjectDownload::errorOccurred, scene.job, &ProjectDownload::pause);
+    const FileSizeLimit fullDisk{300000};
+    scene.start();
+    QVERIFY(scene.says(QStringLiteral("error 10")));
+    QVERIFY(scene.becomesQuiet());
+    scene.job->resume();
+    QVERIFY(scene.completes());
+    QVERIFY(scene.becomesQuiet());
+    QCOMPARE(scene.results(), (QStringList{QStringLiteral("error 10"), COMPLETED}));
+    QCOMPARE(scene.platform.fileRequests("a.db3"), 1);
     QCOMPARE(scene.platform.fileRequests("b.txt"), 1);
 }
 

@@ -74,6 +74,7 @@ private Q_SLOTS:
     void everyKindHasATestAndARow();
     void onlyTheChosenRequestsAreHit();
     void strikesOnDirectConnectionsToo();
+    void tunnelThatWasLeftTakesNoFault();
     void workIsDoneOrLeftAsTheFaultSays();
     void faultsCanBeGivenAtStart();
     void isToldInTheJournal();
@@ -453,6 +454,7 @@ void TestPlatformFaults::onlyTheChosenRequestsAreHit()
     const json fault = platform.control("GET", "faults")[0];
     QCOMPARE(fault["seen"].get<int>(), 5);
     QCOMPARE(fault["hits"].get<int>(), 2);
+    QCOMPARE(fault["arrived"].get<int>(), 2);
     QVERIFY(fault["spent"].get<bool>());
 }
 
@@ -463,6 +465,21 @@ void TestPlatformFaults::strikesOnDirectConnectionsToo()
     const WireAnswer answer = connection->exchange(client.downloadRequest(KEY));
     QVERIFY(answer.ending == Ending::Reset);
     QVERIFY(answer.body == bytes.substr(0, 10));
+}
+
+void TestPlatformFaults::tunnelThatWasLeftTakesNoFault()
+{
+    platform.setFault({{"kind", "tunnelStall"}, {"bytes", 4000}});
+    auto connection = client.freshConnection(SERVICE_HOST);
+    connection->send(client.downloadRequest(KEY).bytes());
+    QVERIFY(connection->receive(SHORT_WAIT).ending == Ending::TimedOut);
+    connection.reset();
+    const json reset = {{"kind", "tunnelReset"}, {"bytes", 4000}, {"host", SERVICE_HOST}};
+    platform.control("POST", "faults", {{"set", {{{"kind", "delay"}, {"delayMs", 600}}, reset}}});
+    // Time enough for the stalled tunnel to look for a fault.
+    const auto direct = WireClient::direct(platform.port(), platform.authority());
+    QVERIFY(direct->exchange(client.downloadRequest(KEY)).milliseconds >= 600);
+    QVERIFY(client.download(KEY).ending == Ending::Reset);
 }
 
 void TestPlatformFaults::workIsDoneOrLeftAsTheFaultSays()

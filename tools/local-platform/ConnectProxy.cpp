@@ -54,6 +54,12 @@ std::string readHead(int client)
     return endsWith(head, "\r\n\r\n") ? head : std::string();
 }
 
+bool hasLeft(int socket)
+{
+    pollfd entry{socket, POLLRDHUP, 0};
+    return poll(&entry, 1, 0) != 0;
+}
+
 int connectTo(const std::string &address, int port)
 {
     addrinfo hints{};
@@ -123,9 +129,12 @@ private:
         generation = faults.generation();
         if (fault && !faults.isInForce(fault->id))
             fault.reset();
-        if (!fault && (fault = faults.takeForTunnel(host)))
+        if (!fault && !isEnding() && (fault = faults.takeForTunnel(host)))
             movedUnderFault = 0;
     }
+
+    /// A tunnel that one end has left has nothing to do with what is asked for next.
+    bool isEnding() const { return hasLeft(ways[0].from) || hasLeft(ways[1].from); }
 
     bool is(const char *kind) const { return fault && fault->kind == kind; }
 

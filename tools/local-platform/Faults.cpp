@@ -190,7 +190,8 @@ nlohmann::json Faults::overview() const
                         {"method", fault.method}, {"host", fault.host}, {"nth", fault.nth}, {"count", fault.count},
                         {"status", fault.status}, {"delayMs", fault.delayMs}, {"bytes", fault.bytes},
                         {"bytesPerSecond", fault.bytesPerSecond}, {"seconds", fault.seconds}, {"work", fault.work},
-                        {"seen", fault.seen}, {"hits", fault.hits}, {"spent", isSpent(fault)}});
+                        {"seen", fault.seen}, {"hits", fault.hits}, {"arrived", fault.arrived},
+                        {"spent", isSpent(fault)}});
     return list;
 }
 
@@ -216,6 +217,13 @@ std::optional<Fault> Faults::takeForRequest(const std::string &method, const std
     return take(FaultPhase::Request, [&](const Fault &fault) {
         return (fault.method.empty() || fault.method == method) && routeMatches(fault.route, route);
     });
+}
+
+void Faults::noteArrival(std::int64_t id)
+{
+    const std::lock_guard guard(mutex);
+    for (Fault &fault : faults)
+        fault.arrived += fault.id == id ? 1 : 0;
 }
 
 std::optional<Fault> Faults::takeForConnection(const std::string &host)

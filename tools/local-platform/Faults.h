@@ -46,6 +46,7 @@ struct Fault
 
     std::int64_t seen = 0; ///< matching ones so far
     std::int64_t hits = 0;
+    std::int64_t arrived = 0; ///< of the hit requests, those that have come whole
 };
 
 /// The faults in force.
@@ -59,6 +60,7 @@ public:
     nlohmann::json overview() const;
 
     std::optional<Fault> takeForRequest(const std::string &method, const std::string &route);
+    void noteArrival(std::int64_t id);
     std::optional<Fault> takeForConnection(const std::string &host);
 
     /// A refusal of the proxy, decided when a tunnel is asked for.

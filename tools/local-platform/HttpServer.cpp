@@ -272,6 +272,8 @@ void HttpServer::handle(const httplib::Request &request, httplib::Response &resp
     exchange.request = &request;
     exchange.response = &response;
     exchange.now = platform.clock.now() + (exchange.hasFault("wrongClock") ? exchange.fault->seconds : 0);
+    if (exchange.fault)
+        platform.faults.noteArrival(exchange.fault->id);
     if (exchange.hasFault("delay"))
         exchange.stream.wait(exchange.fault->delayMs);
     if (!exchange.fault || exchange.fault->work)

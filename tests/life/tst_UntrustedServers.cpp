@@ -350,9 +350,12 @@ void tst_UntrustedServers::linkThatLeadsOnCarriesNothing()
     QVERIFY(session.signalsSeen().waitFor("downloadFinished"));
     QCOMPARE(session.signalsSeen().errors(), QList<Error>());
     QCOMPARE(readFile(output()), QByteArray("a film"));
+    // Qt follows an answer that leads on, and now and then sends the request before once more on the same connection: a bare
+    // QNetworkAccessManager does so as well, and never without a redirect. The library asks once.
+    const auto links = server.requests("/link");
+    QVERIFY(links.size() == 1 || (links.size() == 2 && links.first().connection == links.last().connection));
+    QCOMPARE(server.requestCount("/film"), 1);
     for (const char *path : {"/link", "/film"}) {
-        // Now and then the same address is asked for twice; not one of the requests may tell anything.
-        QVERIFY(server.requestCount(path) >= 1);
         for (const auto &request : server.requests(path)) {
             for (const char *header :
                  {"Authorization", "Cookie", "X-KorvoService-ClientId", "X-KorvoService-MessageToken"})

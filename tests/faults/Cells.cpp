@@ -13,6 +13,12 @@ constexpr int MOST_ATTEMPTS = 6;
 constexpr int LEAST_QT_RESENDS = 1;
 constexpr int MOST_QT_RESENDS = 3;
 
+// A TLS connection that is closed in good order ends twice for Qt: in the TLS layer and in the one below. The second time
+// costs one of the attempts at sending again. When none is left, all that waits for a connection to that server fails with
+// it, though it was never sent: the library's next attempt, or the request behind the last one. To the library that is a
+// failed attempt like any other; the platform never sees it.
+constexpr int UNHARMED_CLOSES = MOST_QT_RESENDS;
+
 constexpr int SILENCE_LIMIT_MILLISECONDS = 30000;
 constexpr int SHORT_WAIT_MILLISECONDS = 500;
 
@@ -30,6 +36,16 @@ bool arrives(const Cell &cell)
            || (cell.fault.place == Place::Tunnel && cell.strike().meets != Meets::Failure);
 }
 
+/// How many of the attempts may fail unsent, each taken along by the close that ended the one before.
+int mostTakenAlong(const Cell &cell, int attempts)
+{
+    if (!mayTakeAlong(cell))
+        return 0;
+    // What breaks before its answer has cost all of Qt's attempts by the time that the library hears of it.
+    const int harmless = cell.strike().meets == Meets::BrokenLine ? 0 : UNHARMED_CLOSES;
+    return (attempts - harmless) / 2;
+}
+
 Course good(int sends, int worked, int failures, const QString &error)
 {
     return {Course::End::Good, error, failures, sends, worked, sends};
@@ -45,8 +61,12 @@ Course afterFailure(const Cell &cell, const Strike &strike)
     const int arrived = arrives(cell) ? 1 : 0;
     if (!cell.request.isSentAgain || !isSentAgainAfter(strike.error))
         return failed(strike.error, 1, arrived, strike.isWorked);
-    if (cell.isLasting)
-        return failed(strike.error, MOST_ATTEMPTS, arrived * MOST_ATTEMPTS, strike.isWorked);
+    if (cell.isLasting) {
+        const int takenAlong = mostTakenAlong(cell, MOST_ATTEMPTS);
+        Course course = failed(strike.error, MOST_ATTEMPTS, arrived * (MOST_ATTEMPTS - takenAlong), strike.isWorked);
+        course.sendsAtMost += takenAlong;
+        return course;
+    }
     return good(arrived + 1, (strike.isWorked ? 1 : 0) + 1, 1, strike.error);
 }
 
@@ -58,7 +78,8 @@ Course afterBrokenLine(const Cell &cell, const Strike &strike)
         return course;
     }
     const int attempts = cell.request.isSentAgain ? MOST_ATTEMPTS : 1;
-    Course course = failed(strike.error, attempts, LEAST_QT_RESENDS + attempts, strike.isWorked);
+    const int sends = LEAST_QT_RESENDS + attempts - mostTakenAlong(cell, attempts);
+    Course course = failed(strike.error, attempts, sends, strike.isWorked);
     course.sendsAtMost = MOST_QT_RESENDS + attempts;
     return course;
 }
@@ -169,6 +190,11 @@ Course courseOf(const Cell &cell)
         return afterSilence(cell, strike);
     }
     Q_UNREACHABLE();
+}
+
+bool mayTakeAlong(const Cell &cell)
+{
+    return cell.isLasting && closesInOrder(cell.fault) && cell.request.isSentAgain;
 }
 
 int standstill(const Cell &cell)

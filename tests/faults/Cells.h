@@ -32,7 +32,7 @@ struct Course
     End end = End::Good;
     QString error;    ///< of the last failed attempt
     int failures = 0; ///< attempts that the library has seen fail
-    int sends = 1;    ///< that reach the platform
+    int sends = 1;    ///< that reach the platform, at least
     int worked = 1;   ///< of them carried out
     int sendsAtMost = 1;
 };
@@ -43,6 +43,9 @@ Course courseOf(const Cell &cell);
 
 /// Every request under every fault, at one of its occurrences: now the first, now the middle one, now the last.
 QVector<Cell> sliceOfCells();
+
+/// Whether Qt may end a request unsent that waits while the struck one's connection is closed.
+bool mayTakeAlong(const Cell &cell);
 
 /// Roughly how long the cell stands still, in milliseconds.
 int standstill(const Cell &cell);

@@ -141,6 +141,11 @@ bool strikesRunningTunnel(const FaultKind &fault)
     return fault.place == Place::Tunnel && fault.kind != QLatin1String("tunnelStatus");
 }
 
+bool closesInOrder(const FaultKind &fault)
+{
+    return isIn(fault.kind, {"closeWithoutAnswer", "cutBody"});
+}
+
 QJsonObject description(const FaultKind &fault, const RequestTraits &request)
 {
     QJsonObject described = fault.members;

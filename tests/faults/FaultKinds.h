@@ -59,6 +59,9 @@ const FaultKind &faultKind(const QString &title);
 /// Whether it takes hold of a tunnel that is there already; if not, and it is none on a request, of a new connection.
 bool strikesRunningTunnel(const FaultKind &fault);
 
+/// Whether the platform closes the connection without a reset, in the middle of an exchange.
+bool closesInOrder(const FaultKind &fault);
+
 /// The fault as the platform wants it described, without route and number.
 QJsonObject description(const FaultKind &fault, const RequestTraits &request);
 

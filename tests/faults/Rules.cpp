@@ -690,6 +690,7 @@ QStringList newErrors(const Outcome &usual, const Outcome &outcome)
         if (tellsError && !usual.heard.contains(signal))
             codes.append(signal.section(QLatin1Char('('), 1).chopped(1));
     }
+    codes.removeDuplicates(); // what has become of one token is told to all who come with it
     return codes;
 }
 
@@ -715,6 +716,24 @@ QString codeWithoutError(const Cell &cell, const Course &course, const Outcome &
 Outcome expectedOutcome(const Cell &cell)
 {
     Outcome outcome = ruledOutcome(cell, courseOf(cell));
+    outcome.log.sort();
+    return outcome;
+}
+
+// The next file is sent again. For the abort of an upload in parts nothing is left of the file's budget of re-sends, so the
+// platform keeps the parts until it forgets them by itself; the host has heard of the failure before.
+Outcome outcomeTakenAlong(const Cell &cell)
+{
+    Outcome outcome = expectedOutcome(cell);
+    if (!mayTakeAlong(cell))
+        return outcome;
+    if (cell.request.route == Route::FILE && cell.occurrence < FILES)
+        outcome.log.append(failureLine(cell.request.handle, REMOTE_CLOSED));
+    if (cell.request.route != Route::ABORT && outcome.sent.remove(Route::ABORT) > 0) {
+        const QStringList failures = failureLines(cell, courseOf(cell));
+        outcome.log = failures + QStringList{failures.last()};
+        outcome.stored.replaceInStrings(partsLine(1, QStringLiteral("aborted")), partsLine(1, QStringLiteral("open")));
+    }
     outcome.log.sort();
     return outcome;
 }

@@ -144,6 +144,11 @@ int LocalPlatform::hits(int fault)
     return countOf(fault, QLatin1String("hits"));
 }
 
+int LocalPlatform::arrived(int fault)
+{
+    return countOf(fault, QLatin1String("arrived"));
+}
+
 int LocalPlatform::seen(int fault)
 {
     return countOf(fault, QLatin1String("seen"));

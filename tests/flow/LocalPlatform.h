@@ -46,6 +46,8 @@ public:
     void clearFaults();
     /// How many requests the fault has struck so far.
     int hits(int fault);
+    /// How many of the requests that were hit have come whole.
+    int arrived(int fault);
     /// How many requests on the route of the fault have come so far, struck or not.
     int seen(int fault);
     /// Runs the event loop until the fault has struck.

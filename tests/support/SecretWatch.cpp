@@ -37,11 +37,11 @@ QString passwordIn(const QString &text)
     return {};
 }
 
-// The code of the second factor stands alone; digits of a longer number are none.
+// The code of the second factor stands alone; digits of a longer number are none, nor is the count of a long journal.
 const QRegularExpression &forms()
 {
     static const QRegularExpression all(
-        QStringLiteral("\\b123456\\b"                            // the code
+        QStringLiteral("(?<!\"number\":)\\b123456\\b"            // the code
                        "|(?<![0-9a-f])[0-9a-f]{64}(?![0-9a-f])"  // a token or a client secret
                        "|(?<![\\w+/])[\\w+/]{43}=(?![\\w=])"     // a signature
                        "|\\bBearer +\\S|\\bKorvoService +\\S")); // what carries one

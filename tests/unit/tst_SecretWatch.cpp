@@ -68,6 +68,7 @@ void tst_SecretWatch::otherTextsAreLeftAlone_data()
     QTest::newRow("nothing") << QString();
     QTest::newRow("sentence") << QStringLiteral("The password is wrong, the token has expired.");
     QTest::newRow("longer number") << QStringLiteral("1234567 of 0123456 bytes");
+    QTest::newRow("entry of a long journal") << QStringLiteral("{\"method\":\"PUT\",\"number\":123456,\"status\":200}");
     QTest::newRow("shorter hexadecimal text") << QString(63, QLatin1Char('a'));
     QTest::newRow("message token") << QStringLiteral("{01234567-89ab-cdef-0123-456789abcdef}");
     QTest::newRow("address") << QStringLiteral(

@@ -2,11 +2,14 @@
 
 #include "faults/Rules.h"
 
+#include <algorithm>
+
 namespace Korvo::Web::Faults {
 
 namespace {
 
 const QString NOT_HELD = QStringLiteral(" ✗");
+const QString NOT_TOLD = QStringLiteral("≠");
 
 struct Section
 {
@@ -44,6 +47,11 @@ QString merged(const QStringList &codes)
     return codes.value(0);
 }
 
+QString codeIn(const Cell &cell, const Differences &differences)
+{
+    return codeOf(cell) + (differences.contains(cell.id()) ? NOT_HELD : QString());
+}
+
 QString textOf(const RequestKind &request, const FaultKind &fault, const QVector<Cell> &cells,
                const Differences &differences)
 {
@@ -52,8 +60,7 @@ QString textOf(const RequestKind &request, const FaultKind &fault, const QVector
     for (const Cell &cell : cells) {
         if (cell.request.title != request.title || !(cell.fault == fault))
             continue;
-        const QString mark = differences.contains(cell.id()) ? NOT_HELD : QString();
-        (cell.isLasting ? lasting : once).append(codeOf(cell) + mark);
+        (cell.isLasting ? lasting : once).append(codeIn(cell, differences));
     }
     return lasting.isEmpty() ? merged(once) : merged(once) + QStringLiteral(" · ") + merged(lasting);
 }
@@ -81,7 +88,52 @@ QString table(const QVector<FaultKind> &columns, const QVector<Cell> &cells, con
     return text;
 }
 
-QString introduction(int cells, int notHeld)
+/// The harmless codes first, then those that tell an error, by their numbers, then what nobody is told of.
+std::pair<int, int> rankOf(const QString &code)
+{
+    static const QStringList HARMLESS{QStringLiteral("✓"),   QStringLiteral("↻"),    QStringLiteral("log"),
+                                      QStringLiteral("3 s"), QStringLiteral("10 s"), QStringLiteral("…")};
+    const int place = HARMLESS.indexOf(code);
+    if (place >= 0)
+        return {place, 0};
+    const int error = code.section(QLatin1Char('+'), 0, 0).toInt();
+    return {HARMLESS.size() + (code == NOT_TOLD ? 1 : 0), error};
+}
+
+/// What several cells come to, each code once.
+QString summed(QStringList codes)
+{
+    codes.removeDuplicates();
+    std::sort(codes.begin(), codes.end(),
+              [](const QString &one, const QString &other) { return rankOf(one) < rankOf(other); });
+    return codes.join(QStringLiteral(", "));
+}
+
+QString glance(const QVector<QVector<FaultKind>> &sections, const QVector<Cell> &cells, const Differences &differences)
+{
+    QStringList heads{QString()};
+    QStringList rulers{QStringLiteral("---")};
+    for (const Section &section : SECTIONS) {
+        heads.append(QLatin1String(section.title));
+        rulers.append(QStringLiteral("---"));
+    }
+    QString text = row(heads) + row(rulers);
+    for (const RequestKind &request : requestKinds()) {
+        QStringList line{request.title};
+        for (const QVector<FaultKind> &faults : sections) {
+            QStringList codes;
+            for (const Cell &cell : cells) {
+                if (cell.request.title == request.title && faults.contains(cell.fault))
+                    codes.append(codeIn(cell, differences));
+            }
+            line.append(summed(codes));
+        }
+        text += row(line);
+    }
+    return text;
+}
+
+QString introduction(int cells, int notHeld, const QString &run)
 {
     return QStringLiteral(
                "# What each fault comes to\n"
@@ -95,6 +147,7 @@ QString introduction(int cells, int notHeld)
                "`tests/faults/Rules.cpp` demand.\n"
                "\n"
                "%1 cells, %2 held, %3 not held.\n"
+               "%4\n"
                "\n"
                "| in a cell | means |\n"
                "|---|---|\n"
@@ -105,8 +158,8 @@ QString introduction(int cells, int notHeld)
                "| a number | `errorOccurred()` or `queryRemoteProjectsError()` with this [code](errors-and-logs.md) |\n"
                "| 3 s, 10 s | the library waits no longer than this, and goes on without the answer |\n"
                "| … | the request stays open until the host cancels, aborts or destroys; that ends it at once |\n"
-               "| ≠ | less comes of it than should, and no code tells: a list is empty, a file is another, a notice is "
-               "lost |\n"
+               "| ≠ | something else comes of it, and no code tells: a list is empty, a file is another, a notice is lost, "
+               "an order is carried out twice |\n"
                "| a / b / c | it depends on whether the first, the middle or the last request is struck |\n"
                "| a · b | a: the fault strikes once; b: it strikes whatever is sent again, too |\n"
                "| ✗ | did not hold when the table was written |\n"
@@ -115,19 +168,30 @@ QString introduction(int cells, int notHeld)
                "even when the\n"
                "one that it was begun for has been given up: Qt counts on the connection that it has begun. A further "
                "request, or the\n"
-               "end of that connection, frees both.\n")
+               "end of that connection, frees both.\n"
+               "\n"
+               "A server that closes one connection after the other in good order (`closeWithoutAnswer`, `cutBody`, "
+               "lasting) may take\n"
+               "along a request that waits meanwhile: Qt ends it unsent. The library logs that and counts it as an attempt. "
+               "Where it\n"
+               "was the abort of a file in parts, whose attempts are used up by then, the platform keeps the parts that it "
+               "has.\n")
         .arg(cells)
         .arg(cells - notHeld)
-        .arg(notHeld);
+        .arg(notHeld)
+        .arg(run);
 }
 
 } // namespace
 
-QString matrixDocument(const Differences &differences)
+QString matrixDocument(const Differences &differences, const QString &run)
 {
     const QVector<Cell> cells = allCells();
-    QString text = introduction(cells.size(), differences.size());
     const QVector<QVector<FaultKind>> sections = columnsBySection();
+    QString text = introduction(cells.size(), differences.size(), run);
+    text += QStringLiteral("\n## At a glance\n\n"
+                           "All that can come of a request, whichever fault of a group strikes it, and for how long.\n\n")
+            + glance(sections, cells, differences);
     for (int i = 0; i < sections.size(); ++i)
         text += QStringLiteral("\n## ") + QLatin1String(SECTIONS[i].title) + QStringLiteral("\n\n")
                 + table(sections.at(i), cells, differences);

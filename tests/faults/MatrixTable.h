@@ -5,6 +5,7 @@
 namespace Korvo::Web::Faults {
 
 /// The whole matrix as a document: each cell's outcome in a few characters, and a mark at those that did not hold.
-QString matrixDocument(const Differences &differences);
+/// @p run is a line about the run that wrote it.
+QString matrixDocument(const Differences &differences, const QString &run);
 
 } // namespace Korvo::Web::Faults

@@ -73,6 +73,8 @@ void MainWindow::openLogin(const QString &reason)
         loginDialog = new LoginDialog(api, this);
         loginDialog->setAttribute(Qt::WA_DeleteOnClose);
         connect(loginDialog, &LoginDialog::networkSettingsWanted, this, &MainWindow::openNetworkSettings);
+        // It lives until the event loop runs again; should a login be asked for before, that is another dialog.
+        connect(loginDialog, &QDialog::finished, this, [this] { loginDialog = nullptr; });
         connect(loginDialog, &QDialog::accepted, this, &MainWindow::handleLogin);
         connect(loginDialog, &QDialog::rejected, this, &MainWindow::updateAccount);
     }
@@ -101,10 +103,15 @@ void MainWindow::logOut()
                          loginAction);
 }
 
+// A login can take longer than its token lasts.
 void MainWindow::handleLogin()
 {
     messageBar->hide();
     updateAccount();
+    if (!isLoggedIn()) {
+        handleExpiry();
+        return;
+    }
     if (heldUser == api.currentUser())
         transfers.resumeAll();
     refresh();

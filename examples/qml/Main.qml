@@ -10,6 +10,24 @@ ApplicationWindow {
     readonly property KorvoWebApi api: host.api
     // Read again whenever loginStatusChanged() comes, and when the login has expired: that changes it without the signal.
     property bool loggedIn: api.loginStatus === KorvoWebApi.LoginStatusLoggedIn
+    // Outlasts what fails because of it: that is no news.
+    property bool expired: false
+    property string failure: ""
+
+    function readLoginStatus() { loggedIn = api.loginStatus === KorvoWebApi.LoginStatusLoggedIn }
+    function expire() {
+        uploadBar.pause()
+        readLoginStatus()
+        expired = true
+    }
+    function refresh() {
+        failure = ""
+        api.queryRemoteProjects()
+    }
+    function upload(folder) {
+        failure = ""
+        uploadBar.start(folder)
+    }
 
     objectName: "window"
     title: "Korvo Quick"
@@ -20,23 +38,21 @@ ApplicationWindow {
     Connections {
         target: window.api
 
+        // A token may have run out while the login was still being brought to its end, and before that was told.
         function onLoginResult(userName, loginResult) {
-            window.loggedIn = loginResult === KorvoWebApi.LoginResultSuccess
-            if (window.loggedIn) {
-                problem.text = ""
-                window.api.queryRemoteProjects()
-            }
+            window.readLoginStatus()
+            if (loginResult !== KorvoWebApi.LoginResultSuccess)
+                return
+            window.expired = false
+            if (window.loggedIn)
+                window.refresh()
+            else
+                window.expire()
         }
-        function onLoginStatusChanged() {
-            window.loggedIn = window.api.loginStatus === KorvoWebApi.LoginStatusLoggedIn
-        }
-        function onLoginExpired() {
-            uploadBar.pause()
-            window.loggedIn = false
-            problem.text = qsTr("Your login has expired. Log in again to go on.")
-        }
-        function onErrorOccurred(error) { problem.text = window.host.errorText(error) }
-        function onQueryRemoteProjectsError(error) { problem.text = window.host.errorText(error) }
+        function onLoginStatusChanged() { window.readLoginStatus() }
+        function onLoginExpired() { window.expire() }
+        function onErrorOccurred(error) { window.failure = window.host.errorText(error) }
+        function onQueryRemoteProjectsError(error) { window.failure = window.host.errorText(error) }
     }
 
     onLoggedInChanged: if (loggedIn) uploadBar.resume()
@@ -59,7 +75,7 @@ ApplicationWindow {
                 objectName: "refreshButton"
                 text: qsTr("&Refresh")
                 visible: window.loggedIn
-                onClicked: window.api.queryRemoteProjects()
+                onClicked: window.refresh()
             }
             ToolButton {
                 objectName: "logoutButton"
@@ -81,6 +97,7 @@ ApplicationWindow {
             Layout.fillWidth: true
             padding: 10
             visible: text !== ""
+            text: window.expired ? qsTr("Your login has expired. Log in again to go on.") : window.failure
             wrapMode: Text.Wrap
             textFormat: Text.PlainText
             color: "#8a1c14"
@@ -97,7 +114,7 @@ ApplicationWindow {
             Layout.fillHeight: true
             visible: window.loggedIn
             host: window.host
-            onFolderChosen: uploadBar.start(folder)
+            onFolderChosen: window.upload(folder)
         }
         UploadBar {
             id: uploadBar

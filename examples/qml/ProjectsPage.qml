@@ -9,6 +9,8 @@ Item {
     required property QtObject host
     signal folderChosen(url folder)
 
+    readonly property bool canUpload: path.text !== "" && !host.api.anyUploadActive
+
     function choose() {
         folderChosen(host.addressOf(path.text))
         path.clear()
@@ -77,12 +79,12 @@ Item {
                 Layout.fillWidth: true
                 placeholderText: qsTr("Drop a folder, or type its path")
                 selectByMouse: true
-                onAccepted: if (text !== "") page.choose()
+                onAccepted: if (page.canUpload) page.choose()
             }
             Button {
                 objectName: "uploadButton"
                 text: qsTr("&Upload")
-                enabled: path.text !== ""
+                enabled: page.canUpload
                 onClicked: page.choose()
             }
         }

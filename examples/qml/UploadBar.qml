@@ -11,20 +11,23 @@ Pane {
     readonly property KorvoWebApi api: host.api
     property int uploadId: 0
     property bool paused: false
+    property bool ended: false
     property bool finished: false
+    readonly property bool running: uploadId !== 0 && !ended
     property int percent: 0
     property int filesTotal: 0
     property int filesCompleted: 0
     readonly property string progressText: finished ? (host.uploadConfirmed ? qsTr("Uploaded") : qsTr("Waiting for the confirmation…"))
-                                   : !api.anyUploadActive ? qsTr("Ended")
+                                   : ended ? qsTr("Ended")
                                    : paused ? qsTr("Paused") : percent + " %"
 
     objectName: "uploadBar"
     visible: uploadId !== 0
 
     function start(folder) {
-        if (api.anyUploadActive)
+        if (running)
             return
+        ended = false
         finished = false
         paused = false
         percent = 0
@@ -33,7 +36,7 @@ Pane {
         uploadId = host.uploadFolder(folder)
     }
     function pause() {
-        if (!api.anyUploadActive || paused)
+        if (!running || paused)
             return
         paused = true
         api.pauseUpload(uploadId)
@@ -51,6 +54,7 @@ Pane {
         function onUploadTotalProgressChanged(uploadId, value) { if (uploadId === bar.uploadId) bar.percent = value }
         function onFilesToUploadTotalChanged(uploadId, value) { if (uploadId === bar.uploadId) bar.filesTotal = value }
         function onCompletedUploadFilesChanged(uploadId, value) { if (uploadId === bar.uploadId) bar.filesCompleted = value }
+        function onUploadActiveChanged(uploadId, active) { if (uploadId === bar.uploadId) bar.ended = !active }
         function onUploadFinished(uploadId) { if (uploadId === bar.uploadId) bar.finished = true }
     }
 
@@ -65,13 +69,13 @@ Pane {
             }
             Button {
                 objectName: "pauseButton"
-                visible: bar.api.anyUploadActive
+                visible: bar.running
                 text: bar.paused ? qsTr("&Resume") : qsTr("&Pause")
                 onClicked: bar.paused ? bar.resume() : bar.pause()
             }
             Button {
                 objectName: "abortButton"
-                visible: bar.api.anyUploadActive
+                visible: bar.running
                 text: qsTr("&Abort")
                 onClicked: bar.api.abortUpload(bar.uploadId)
             }

@@ -1,5 +1,7 @@
 #include "DesktopStage.h"
 
+#include "Patience.h"
+#include "UnseenScreen.h"
 #include "flow/SignalRecorder.h"
 
 #include <NQKorvoWeb/KorvoWebLibrary.h>
@@ -29,6 +31,7 @@ FreshSettings::FreshSettings()
 
 DesktopStage::DesktopStage()
 {
+    silenceUnseenScreen();
     KorvoWebLibrary::initialize();
     log.reset(new LogCollector);
     facade.reset(new KorvoWebApi);
@@ -65,7 +68,7 @@ QWidget *DesktopStage::visible(const QString &name) const
 
 QWidget *DesktopStage::seeWidget(const QString &name)
 {
-    if (!eventually([&] { return visible(name) != nullptr; }))
+    if (!eventually([&] { return visible(name) != nullptr; }, PATIENCE))
         return nullptr;
     QWidget *const widget = visible(name);
     widget->window()->activateWindow();
@@ -74,13 +77,13 @@ QWidget *DesktopStage::seeWidget(const QString &name)
 
 bool DesktopStage::waitUntilGone(const char *name)
 {
-    return eventually([&] { return !isSeen(name); });
+    return eventually([&] { return !isSeen(name); }, PATIENCE);
 }
 
 bool DesktopStage::click(const char *name)
 {
     auto *const button = see<QAbstractButton>(name);
-    if (!button || !eventually([&] { return button->isEnabled(); }))
+    if (!button || !eventually([&] { return button->isEnabled(); }, PATIENCE))
         return false;
     QTest::mouseClick(button, Qt::LeftButton);
     return true;
@@ -109,7 +112,7 @@ bool DesktopStage::press(int key, Qt::KeyboardModifiers modifiers)
         front = mainWindow.data();
     // Shortcuts are for the window in front only.
     front->activateWindow();
-    if (!eventually([&] { return QApplication::activeWindow() == front; }))
+    if (!eventually([&] { return QApplication::activeWindow() == front; }, PATIENCE))
         return false;
     QWidget *const target = front->focusWidget() ? front->focusWidget() : front;
     QTest::keyClick(target, static_cast<Qt::Key>(key), modifiers);
@@ -175,8 +178,7 @@ bool DesktopStage::download(const QString &folder)
 
 bool DesktopStage::waitFor(Transfer::Stage stage)
 {
-    return eventually([&] { return !transfers().numbers().isEmpty() && transfer().stage == stage; },
-                      std::chrono::seconds(60));
+    return eventually([&] { return !transfers().numbers().isEmpty() && transfer().stage == stage; }, 2 * PATIENCE);
 }
 
 } // namespace Korvo::Web::TestSupport

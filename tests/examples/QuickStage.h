@@ -26,13 +26,15 @@ public:
     /// Null when there is no item of that name.
     QQuickItem *item(const char *name) const { return shown->findChild<QQuickItem *>(QString::fromLatin1(name)); }
     QString text(const char *name) const { return item(name)->property("text").toString(); }
-    /// False when there is no such item, or it cannot be used.
+    /// False when there is no such item, or it cannot be used, or something else was hit.
     bool click(const char *name);
     /// Replaces what is in a field, key by key.
     bool type(const char *name, const QString &text);
     bool logIn(const QString &user, const QString &password);
 
 private:
+    QPoint middleOf(const QQuickItem &target);
+
     Qml::Host host;
     QQmlApplicationEngine engine;
     QQuickWindow *shown = nullptr;

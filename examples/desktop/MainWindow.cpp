@@ -131,10 +131,16 @@ void MainWindow::updateAccount()
     const bool loggedIn = isLoggedIn();
     const QString name = QString(api.currentUserFirstName() + QLatin1Char(' ') + api.currentUserLastName()).trimmed();
     loginAction->setText(loggedIn ? tr("&Log out") : tr("&Log in…"));
-    accountButton->setText(!loggedIn ? tr("Not logged in") : name.isEmpty() ? api.currentUser() : name);
+    showAccount(!loggedIn ? tr("Not logged in") : name.isEmpty() ? api.currentUser() : name);
     if (!loggedIn)
         projectsPage->setState(ProjectsPage::State::LoggedOut, tr("Log in to see your projects"), {}, loginAction);
     updateActions();
+}
+
+void MainWindow::showAccount(const QString &account)
+{
+    accountButton->setText(accountButton->fontMetrics().elidedText(account, Qt::ElideRight, accountWidth));
+    accountButton->setToolTip(account);
 }
 
 // Projects

@@ -64,6 +64,7 @@ private:
     void handleLogin();
     void handleExpiry();
     void updateAccount();
+    void showAccount(const QString &account);
 
     // Projects
     void refresh();
@@ -110,6 +111,7 @@ private:
     QWidget *logPage = nullptr;
     QTabWidget *tabs = nullptr;
     QToolButton *accountButton = nullptr;
+    int accountWidth = 0; ///< of the longest text that it shows
     DropOverlay *overlay = nullptr;
     QPointer<LoginDialog> loginDialog;
     QPointer<MediaView> mediaView;

@@ -30,6 +30,7 @@ namespace {
 
 constexpr QSize FIRST_SIZE(1000, 700);
 constexpr QSize ICON_SIZE(20, 20);
+constexpr int ACCOUNT_CHARACTERS = 18;
 
 } // namespace
 
@@ -201,6 +202,12 @@ void MainWindow::makeToolBar()
     accountButton->setAccessibleName(tr("Account"));
     accountButton->addActions({loginAction, networkAction});
     bar->addWidget(accountButton);
+    // Room for all of it at once: what does not fit goes to the bar's extension, and a text that gets shorter does not bring
+    // it back.
+    accountButton->setText(QString(ACCOUNT_CHARACTERS, QLatin1Char('n')));
+    accountWidth = accountButton->fontMetrics().horizontalAdvance(accountButton->text());
+    accountButton->setFixedWidth(accountButton->sizeHint().width());
+    setMinimumWidth(bar->sizeHint().width());
 }
 
 } // namespace Korvo::Desktop

@@ -1,7 +1,6 @@
 #include "DesktopStage.h"
 
 #include "Patience.h"
-#include "UnseenScreen.h"
 #include "flow/SignalRecorder.h"
 
 #include <NQKorvoWeb/KorvoWebLibrary.h>
@@ -31,7 +30,6 @@ FreshSettings::FreshSettings()
 
 DesktopStage::DesktopStage()
 {
-    silenceUnseenScreen();
     KorvoWebLibrary::initialize();
     log.reset(new LogCollector);
     facade.reset(new KorvoWebApi);

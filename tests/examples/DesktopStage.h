@@ -3,6 +3,7 @@
 #include "LogCollector.h"
 #include "MainWindow.h"
 #include "NetworkSettings.h"
+#include "UnseenScreen.h"
 #include "flow/LocalPlatform.h"
 
 #include <NQKorvoWeb/KorvoWebApi.h>
@@ -61,6 +62,7 @@ private:
     QWidget *visible(const QString &name) const;
     QWidget *seeWidget(const QString &name);
 
+    const UnseenScreen screen;
     QScopedPointer<Desktop::LogCollector> log;
     QScopedPointer<KorvoWebApi> facade;
     QScopedPointer<Desktop::MainWindow> mainWindow;

@@ -1,7 +1,6 @@
 #include "QuickStage.h"
 
 #include "Patience.h"
-#include "UnseenScreen.h"
 #include "flow/SignalRecorder.h"
 
 #include <QtTest/QSignalSpy>
@@ -11,7 +10,6 @@ namespace Korvo::Web::TestSupport {
 
 QuickStage::QuickStage()
 {
-    silenceUnseenScreen();
     QObject::connect(&engine, &QQmlEngine::warnings, &engine, [this](const QList<QQmlError> &errors) {
         for (const QQmlError &error : errors)
             heard.append(error.toString());

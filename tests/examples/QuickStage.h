@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Host.h"
+#include "UnseenScreen.h"
 
 #include <QtCore/QScopedPointer>
 #include <QtCore/QStringList>
@@ -35,6 +36,7 @@ public:
 private:
     QPoint middleOf(const QQuickItem &target);
 
+    const UnseenScreen screen;
     Qml::Host host;
     QQmlApplicationEngine engine;
     QQuickWindow *shown = nullptr;

@@ -2,7 +2,6 @@
 
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
-#include <QtCore/QtGlobal>
 
 namespace Korvo::Web::TestSupport {
 
@@ -21,11 +20,14 @@ void passOn(QtMsgType type, const QMessageLogContext &context, const QString &te
 
 } // namespace
 
-void silenceUnseenScreen()
+UnseenScreen::UnseenScreen()
 {
-    // Once: by the next time a window's own handler may stand in front of this one.
-    if (!formerHandler)
-        formerHandler = qInstallMessageHandler(passOn);
+    formerHandler = qInstallMessageHandler(passOn);
+}
+
+UnseenScreen::~UnseenScreen()
+{
+    qInstallMessageHandler(formerHandler);
 }
 
 } // namespace Korvo::Web::TestSupport

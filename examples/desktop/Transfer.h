@@ -1,6 +1,7 @@
 #pragma once
 
 #include <NQKorvoWeb/Error.h>
+#include <NQKorvoWeb/MediaNamesList.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
@@ -24,6 +25,12 @@ struct Transfer
         Download,
         SingleFile ///< has no progress: the library tells its end only
     };
+    /// What an upload brings; all but the standard one send one file at a time.
+    enum class Content {
+        Standard,
+        ImportTool, ///< has no id of its own: the library makes one of the title
+        Quickview
+    };
     enum class Stage {
         Starting,
         Running,
@@ -38,14 +45,16 @@ struct Transfer
     };
 
     Kind kind = Kind::Upload;
+    Content content = Content::Standard;
     unsigned int id = 0; ///< the library's; uploads and downloads are counted separately
     QString title;
-    QString projectId;
+    QString projectId;  ///< empty as long as only the platform knows it
     QString folder;     ///< local folder, or the local file of a single one
     QString folderName; ///< downloads: the name of the project's folder on the platform
     QString link;       ///< of a single file
     QDateTime created;
     int simultaneousFiles = 1;
+    Web::MediaNamesList manholeMedia; ///< of a Quickview upload
 
     Stage stage = Stage::Starting;
     int percent = 0;

@@ -2,6 +2,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QUuid>
 
 #include <chrono>
 #include <utility>
@@ -76,6 +77,7 @@ void Transfers::connectUploads()
     connect(&api, &KorvoWebApi::uploadActiveChanged, this, &Transfers::handleUploadActive);
     connect(&api, &KorvoWebApi::uploadFinished, this, &Transfers::handleUploadFinished);
     connect(&api, &KorvoWebApi::uploadStatusInfoReceived, this, &Transfers::handleStatuses);
+    connect(&api, &KorvoWebApi::projectInfoReceived, this, &Transfers::takeProjects);
 }
 
 void Transfers::connectDownloads()
@@ -113,11 +115,24 @@ int Transfers::enter(unsigned int id, Transfer transfer)
 
 int Transfers::startUpload(const Transfer &order)
 {
+    return enter(orderUpload(order), order);
+}
+
+unsigned int Transfers::orderUpload(const Transfer &order)
+{
     // With the closing separator the names in the storage begin with the name of a file or folder, not with "/".
     const QString folder = QDir::cleanPath(order.folder) + QLatin1Char('/');
     // The platform takes the clock reading for UTC.
-    return enter(
-        api.uploadProject(order.projectId, order.title, folder, order.created.toUTC(), order.simultaneousFiles), order);
+    const QDateTime created = order.created.toUTC();
+    switch (order.content) {
+    case Transfer::Content::ImportTool:
+        return api.uploadQZProject(order.title, folder, created);
+    case Transfer::Content::Quickview:
+        return api.uploadQuickviewProject(QUuid(order.projectId), order.title, folder, created, order.manholeMedia);
+    case Transfer::Content::Standard:
+        break;
+    }
+    return api.uploadProject(order.projectId, order.title, folder, created, order.simultaneousFiles);
 }
 
 int Transfers::startDownload(const Transfer &order)
@@ -176,6 +191,7 @@ void Transfers::retry(int number)
         return;
     Transfer order;
     order.kind = old->kind;
+    order.content = old->content;
     order.title = old->title;
     order.projectId = old->projectId;
     order.folder = old->folder;
@@ -183,6 +199,7 @@ void Transfers::retry(int number)
     order.link = old->link;
     order.created = old->created;
     order.simultaneousFiles = old->simultaneousFiles;
+    order.manholeMedia = old->manholeMedia;
     switch (order.kind) {
     case Transfer::Kind::Upload:
         startUpload(order);
@@ -352,7 +369,26 @@ void Transfers::askStatus(int number)
         return;
     ++questionsAsked[number];
     settleLimit.start();
-    api.queryUploadProjectStatus({transfer->projectId});
+    if (transfer->projectId.isEmpty())
+        api.queryRemoteProjects();
+    else
+        api.queryUploadProjectStatus({transfer->projectId});
+}
+
+// Listed or not, it is asked again: the list does not say what has become of an upload.
+void Transfers::takeProjects(const QList<Web::ProjectInfo> &projects)
+{
+    const QList<int> waiting = questionsAsked.keys();
+    for (const int number : waiting) {
+        const Transfer *const transfer = model.find(number);
+        if (!transfer || !isSettling(*transfer) || !transfer->projectId.isEmpty())
+            continue;
+        for (const Web::ProjectInfo &project : projects) {
+            if (project.projectName() == transfer->title)
+                model.change(number, [&](Transfer &changing) { changing.projectId = project.projectId(); });
+        }
+        takeAnswer(number, UPLOAD_BEGUN);
+    }
 }
 
 // An empty list is what comes when the question failed.

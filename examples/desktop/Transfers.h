@@ -15,7 +15,7 @@ namespace Korvo::Desktop {
 /// Knows the order in which the library tells the ends:
 /// - An upload has ended when it is no longer active; the verdict, uploadFinished() or errorOccurred(), follows at once.
 /// - An upload is over only when the platform has the notice of it, or of its abort; its answer to a question about
-///   the project tells.
+///   the project tells. A project of the import tool is found in the list of projects first.
 /// - With several files in flight a download is heard of as finished before its last files have arrived, and again with
 ///   each of these.
 /// - A failure names no transfer. It is matched by what comes next to it, or by there being only one that it can mean.
@@ -57,6 +57,7 @@ Q_SIGNALS:
     void ended(int number);
 
 private:
+    unsigned int orderUpload(const Transfer &order);
     void connectUploads();
     void connectDownloads();
     int enter(unsigned int id, Transfer transfer);
@@ -73,6 +74,7 @@ private:
     void handleUploadActive(unsigned int id, bool active);
     void handleUploadFinished(unsigned int id);
     void handleStatuses(const QList<Web::UploadStatusInfo> &statuses);
+    void takeProjects(const QList<Web::ProjectInfo> &projects);
     void takeAnswer(int number, int status);
     void askStatus(int number);
     void settleLate();

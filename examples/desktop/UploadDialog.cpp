@@ -19,6 +19,7 @@
 
 namespace Korvo::Desktop {
 
+using Content = Transfer::Content;
 using Web::ProjectInfo;
 
 namespace {
@@ -40,9 +41,11 @@ UploadDialog::UploadDialog(const QString &uploadFolder, const QList<ProjectInfo>
     , folder(uploadFolder)
     , projects(knownProjects)
     , name(named(new QLineEdit, "projectName"))
+    , contentChoice(named(new QComboBox, "uploadContent"))
     , target(named(new QComboBox, "uploadTarget"))
     , created(named(new QDateTimeEdit, "creationDate"))
     , simultaneous(named(new QSpinBox, "filesAtOnce"))
+    , manholeButton(named(new QPushButton, "manholeMedia"))
     , summaryLabel(named(plainLabel(tr("Looking at the files…")), "folderSummary"))
     , warnings(cautionLabel("folderWarnings"))
     , uploadButton(named(new QPushButton(symbolIcon(Symbol::Upload), tr("&Upload")), "startUpload"))
@@ -61,9 +64,11 @@ UploadDialog::UploadDialog(const QString &uploadFolder, const QList<ProjectInfo>
     layout->addWidget(buttons);
     // Once they are in the dialog: of two buttons without a dialog the first becomes the default.
     buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
+    manholeButton->setAutoDefault(false);
     uploadButton->setDefault(true);
     setMinimumWidth(520);
     suggest();
+    takeContent();
     look();
 }
 
@@ -78,6 +83,9 @@ QWidget *UploadDialog::form()
     simultaneous->setRange(1, MOST_FILES_AT_ONCE);
     simultaneous->setValue(USUAL_FILES_AT_ONCE);
     created->setCalendarPopup(true);
+    contentChoice->addItem(tr("Standard project"), static_cast<int>(Content::Standard));
+    contentChoice->addItem(tr("Project of the import tool"), static_cast<int>(Content::ImportTool));
+    contentChoice->addItem(tr("Quickview project"), static_cast<int>(Content::Quickview));
     QLabel *const path = plainLabel(QDir::toNativeSeparators(folder));
     path->setWordWrap(true);
     auto *const widget = new QWidget;
@@ -85,12 +93,16 @@ QWidget *UploadDialog::form()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->addRow(tr("Folder:"), path);
     rows->addRow(tr("Content:"), summaryLabel);
+    rows->addRow(tr("&Kind:"), contentChoice);
     rows->addRow(tr("Upload &as:"), target);
     rows->addRow(tr("Project &name:"), name);
     rows->addRow(tr("&Created:"), created);
     rows->addRow(tr("&Files at once:"), simultaneous);
+    rows->addRow(tr("&Media of manholes:"), manholeButton);
     connect(name, &QLineEdit::textChanged, this, &UploadDialog::updateButtons);
     connect(target, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &UploadDialog::takeTarget);
+    connect(contentChoice, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &UploadDialog::takeContent);
+    connect(manholeButton, &QPushButton::clicked, this, &UploadDialog::chooseManholeMedia);
     return widget;
 }
 
@@ -113,11 +125,50 @@ void UploadDialog::takeTarget()
 {
     const int project = target->currentIndex() - 1;
     name->setReadOnly(project >= 0);
+    updateButtons();
     if (project < 0)
         return;
     name->setText(projects.at(project).projectName());
     if (projects.at(project).creationDate().isValid())
         created->setDateTime(projects.at(project).creationDate().toLocalTime());
+}
+
+Content UploadDialog::content() const
+{
+    return static_cast<Content>(contentChoice->currentData().toInt());
+}
+
+// Which project one of the import tool is, its name decides.
+void UploadDialog::takeContent()
+{
+    const bool isImport = content() == Content::ImportTool;
+    if (isImport)
+        target->setCurrentIndex(0);
+    target->setEnabled(!isImport);
+    simultaneous->setEnabled(content() == Content::Standard);
+    simultaneous->setValue(content() == Content::Standard ? USUAL_FILES_AT_ONCE : 1);
+    updateManholeMedia();
+    updateButtons();
+}
+
+void UploadDialog::chooseManholeMedia()
+{
+    askForFiles(this, folder, [this](const QStringList &files) {
+        manholeMedia.clear();
+        for (const QString &file : files) {
+            const QString path = QDir(folder).relativeFilePath(file);
+            if (!path.startsWith(QLatin1String("..")))
+                manholeMedia.insert(path);
+        }
+        updateManholeMedia();
+    });
+}
+
+// All other media are taken for those of sections.
+void UploadDialog::updateManholeMedia()
+{
+    manholeButton->setEnabled(content() == Content::Quickview);
+    manholeButton->setText(manholeMedia.isEmpty() ? tr("None…") : tr("%n file(s)…", nullptr, manholeMedia.size()));
 }
 
 void UploadDialog::look()
@@ -150,7 +201,18 @@ void UploadDialog::showSummary()
 void UploadDialog::updateButtons()
 {
     const bool looked = watcher.isFinished() && watcher.future().resultCount() > 0;
-    uploadButton->setEnabled(!name->text().trimmed().isEmpty() && looked && watcher.result().files > 0);
+    // A Quickview project is known by a UUID; others may have been given another id.
+    const bool hasId = content() != Content::Quickview || !QUuid(projectId()).isNull();
+    uploadButton->setEnabled(!name->text().trimmed().isEmpty() && looked && watcher.result().files > 0 && hasId);
+}
+
+QString UploadDialog::projectId() const
+{
+    if (content() == Content::ImportTool)
+        return {};
+    if (target->currentIndex() > 0)
+        return target->currentData().toString();
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
 Transfer UploadDialog::order() const
@@ -158,11 +220,12 @@ Transfer UploadDialog::order() const
     Transfer order;
     order.kind = Transfer::Kind::Upload;
     order.title = name->text().trimmed();
-    order.projectId = target->currentIndex() > 0 ? target->currentData().toString()
-                                                 : QUuid::createUuid().toString(QUuid::WithoutBraces);
+    order.content = content();
+    order.projectId = projectId();
     order.folder = folder;
     order.created = created->dateTime();
     order.simultaneousFiles = simultaneous->value();
+    order.manholeMedia = manholeMedia;
     return order;
 }
 

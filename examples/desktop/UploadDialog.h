@@ -35,16 +35,24 @@ private:
     void showSummary();
     void updateButtons();
     void takeTarget();
+    void takeContent();
+    void chooseManholeMedia();
+    void updateManholeMedia();
+    Transfer::Content content() const;
+    QString projectId() const;
 
     const QString folder;
     const QList<Web::ProjectInfo> projects;
     QLineEdit *const name;
+    QComboBox *const contentChoice;
     QComboBox *const target;
     QDateTimeEdit *const created;
     QSpinBox *const simultaneous;
+    QPushButton *const manholeButton;
     QLabel *const summaryLabel;
     QLabel *const warnings;
     QPushButton *const uploadButton;
+    Web::MediaNamesList manholeMedia;
     QFutureWatcher<FolderSummary> watcher;
     CancelFlag cancelled;
 };

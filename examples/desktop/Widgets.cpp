@@ -7,6 +7,7 @@
 #include <QtGui/QPainter>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QFileDialog>
+#include <QtWidgets/QFormLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
@@ -102,6 +103,12 @@ void showMessage(QLabel *label, const QString &text)
     label->setVisible(!text.isEmpty());
 }
 
+void setBuddyOf(const QFormLayout *form, QLayout *row, QWidget *field)
+{
+    if (auto *const label = qobject_cast<QLabel *>(form->labelForField(row)))
+        label->setBuddy(field);
+}
+
 void askForFile(QWidget *parent, const QString &proposal, const std::function<void(const QString &)> &use)
 {
     auto *const dialog = named(new QFileDialog(parent), "fileDialog");
@@ -110,6 +117,16 @@ void askForFile(QWidget *parent, const QString &proposal, const std::function<vo
     dialog->setDirectory(QFileInfo(proposal).absolutePath());
     dialog->selectFile(QFileInfo(proposal).fileName());
     QObject::connect(dialog, &QFileDialog::fileSelected, parent, use);
+    dialog->open();
+}
+
+void askForFiles(QWidget *parent, const QString &folder, const std::function<void(const QStringList &)> &use)
+{
+    auto *const dialog = named(new QFileDialog(parent), "fileDialog");
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFiles);
+    dialog->setDirectory(folder);
+    QObject::connect(dialog, &QFileDialog::filesSelected, parent, use);
     dialog->open();
 }
 

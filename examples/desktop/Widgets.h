@@ -2,13 +2,15 @@
 
 #include "Symbols.h"
 
-#include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtWidgets/QWidget>
 
 #include <functional>
 
 class QAction;
+class QFormLayout;
 class QLabel;
+class QLayout;
 class QPushButton;
 
 namespace Korvo::Desktop {
@@ -33,8 +35,13 @@ QLabel *messageLabel(const char *name);
 QLabel *cautionLabel(const char *name);
 void showMessage(QLabel *label, const QString &text);
 
+/// Lets the label of a row that holds more than a field lead to @p field; by itself it shows its "&".
+void setBuddyOf(const QFormLayout *form, QLayout *row, QWidget *field);
+
 /// Asks for a file to save to and calls @p use with it; nothing is called when the user changes his mind.
 void askForFile(QWidget *parent, const QString &proposal, const std::function<void(const QString &)> &use);
+/// The same for files of @p folder to read from.
+void askForFiles(QWidget *parent, const QString &folder, const std::function<void(const QStringList &)> &use);
 
 /// What stands in the middle of an empty view: a symbol, a sentence, a hint, and a button if there is something to do.
 class EmptyState : public QWidget

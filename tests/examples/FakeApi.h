@@ -21,6 +21,25 @@ public:
         return ++lastUpload;
     }
 
+    unsigned int uploadQZProject(const QString &projectName, const QString &projectPath,
+                                 const QDateTime &created) override
+    {
+        orders.append(
+            QStringList{QStringLiteral("uploadQZ"), projectName, projectPath, created.toString(Qt::ISODate)}.join(
+                QLatin1Char('|')));
+        return ++lastUpload;
+    }
+
+    unsigned int uploadQuickviewProject(const QUuid &projectId, const QString &projectName, const QString &projectPath,
+                                        const QDateTime &created, MediaNamesList manholesMedia) override
+    {
+        orders.append(QStringList{QStringLiteral("uploadQuickview"), projectId.toString(QUuid::WithoutBraces),
+                                  projectName, projectPath, created.toString(Qt::ISODate),
+                                  manholesMedia.values().join(QLatin1Char(','))}
+                          .join(QLatin1Char('|')));
+        return ++lastUpload;
+    }
+
     unsigned int downloadProject(const QString &projectId, const QString &folderName, const QString &path,
                                  int maxSimultaneousDownloads) override
     {
@@ -36,6 +55,8 @@ public:
     void pauseDownload(unsigned int id) override { note("pauseDownload", id); }
     void resumeDownload(unsigned int id) override { note("resumeDownload", id); }
     void abortDownload(unsigned int id) override { note("abortDownload", id); }
+
+    void queryRemoteProjects() override { orders.append(QStringLiteral("projects")); }
 
     void queryUploadProjectStatus(const QList<QString> &projectIds) override
     {

@@ -1,4 +1,5 @@
 #include "FakeApi.h"
+#include "Patience.h"
 #include "Transfers.h"
 #include "flow/SignalRecorder.h"
 
@@ -44,6 +45,8 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void uploadIsOrderedInUtcWithAClosingSeparator();
+    void contentDecidesWhatIsOrdered();
+    void projectOfTheImportToolIsLookedForFirst();
     void filesInFlightAreShownByRelativePath();
     void uploadIsDoneWhenThePlatformConfirms();
     void statusThatOvertookTheNoticeIsAskedAgain();
@@ -110,6 +113,42 @@ void tst_DesktopTransfers::uploadIsOrderedInUtcWithAClosingSeparator()
     QCOMPARE(api->orders, QStringList{QStringLiteral("upload|p1|Kanal|/data/kanal/|2026-03-03T13:05:00Z|3")});
 }
 
+void tst_DesktopTransfers::contentDecidesWhatIsOrdered()
+{
+    Transfer order = uploadOrder();
+    order.content = Transfer::Content::ImportTool;
+    transfers->startUpload(order);
+    order.content = Transfer::Content::Quickview;
+    order.projectId = QStringLiteral("6e0c2bd5-93f4-4f3c-a8d5-5a3d6a4b7c11");
+    order.manholeMedia = {QStringLiteral("Nod/a.jpg")};
+    const int number = transfers->startUpload(order);
+    const QString quickview = QStringLiteral("uploadQuickview|6e0c2bd5-93f4-4f3c-a8d5-5a3d6a4b7c11|Kanal|/data/kanal/|"
+                                             "2026-03-03T13:05:00Z|Nod/a.jpg");
+    QCOMPARE(api->orders, QStringList({QStringLiteral("uploadQZ|Kanal|/data/kanal/|2026-03-03T13:05:00Z"), quickview}));
+    Q_EMIT api->uploadActiveChanged(2, false);
+    tellError(Error::Server);
+    transfers->retry(number);
+    QCOMPARE(api->orders.last(), quickview);
+}
+
+void tst_DesktopTransfers::projectOfTheImportToolIsLookedForFirst()
+{
+    Transfer order = uploadOrder();
+    order.content = Transfer::Content::ImportTool;
+    order.projectId.clear();
+    const int number = transfers->startUpload(order);
+    Q_EMIT api->uploadFinished(1);
+    QCOMPARE(api->orders.last(), QStringLiteral("projects"));
+    Q_EMIT api->projectInfoReceived({});
+    QTRY_COMPARE_WITH_TIMEOUT(api->orders.count(QStringLiteral("projects")), 2, PATIENCE_MILLISECONDS);
+    Q_EMIT api->projectInfoReceived({ProjectInfo(QStringLiteral("Kanal"), QStringLiteral("q1"), QStringLiteral("Kanal"),
+                                                 QDateTime::currentDateTime(), 1, false)});
+    QTRY_COMPARE_WITH_TIMEOUT(api->orders.last(), QStringLiteral("status q1"), PATIENCE_MILLISECONDS);
+    QCOMPARE(transfer(number).stage, Stage::Confirming);
+    Q_EMIT api->uploadStatusInfoReceived({{QStringLiteral("q1"), 2}});
+    QCOMPARE(transfer(number).stage, Stage::Done);
+}
+
 void tst_DesktopTransfers::filesInFlightAreShownByRelativePath()
 {
     startUpload();
@@ -147,7 +186,7 @@ void tst_DesktopTransfers::statusThatOvertookTheNoticeIsAskedAgain()
     Q_EMIT api->uploadFinished(1);
     Q_EMIT api->uploadStatusInfoReceived({{QStringLiteral("p1"), 1}});
     QCOMPARE(transfer(number).stage, Stage::Confirming);
-    QTRY_COMPARE(api->orders.count(QStringLiteral("status p1")), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(api->orders.count(QStringLiteral("status p1")), 2, PATIENCE_MILLISECONDS);
     Q_EMIT api->uploadStatusInfoReceived({{QStringLiteral("p1"), 2}});
     QCOMPARE(transfer(number).stage, Stage::Done);
 }

@@ -1116,6 +1116,37 @@ Um zu behalten, was angekommen ist, halten Sie den Download stattdessen an.</tra
             <numerusform>%n leere Dateien kommen bei einem Download nicht zurück.</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Standard project</source>
+        <translation>Standardprojekt</translation>
+    </message>
+    <message>
+        <source>Project of the import tool</source>
+        <translation>Projekt des Importwerkzeugs</translation>
+    </message>
+    <message>
+        <source>Quickview project</source>
+        <translation>Quickview-Projekt</translation>
+    </message>
+    <message>
+        <source>&amp;Kind:</source>
+        <translation>A&amp;rt:</translation>
+    </message>
+    <message>
+        <source>&amp;Media of manholes:</source>
+        <translation>&amp;Medien von Schächten:</translation>
+    </message>
+    <message>
+        <source>None…</source>
+        <translation>Keine…</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s)…</source>
+        <translation>
+            <numerusform>%n Datei…</numerusform>
+            <numerusform>%n Dateien…</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>NetworkTexts</name>

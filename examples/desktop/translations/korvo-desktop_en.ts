@@ -98,5 +98,12 @@
             <numerusform>%n empty files will not be downloaded again.</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>%n file(s)…</source>
+        <translation>
+            <numerusform>%n file…</numerusform>
+            <numerusform>%n files…</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>

@@ -52,6 +52,7 @@ DownloadDialog::DownloadDialog(const Web::ProjectInfo &downloadedProject, QWidge
     form->addRow(tr("Project:"), plainLabel(project.projectName()));
     form->addRow(tr("Size:"), plainLabel(sizeText(project.diskUsage())));
     form->addRow(tr("&Into folder:"), folderRow);
+    setBuddyOf(form, folderRow, folderField);
     form->addRow(tr("&Files at once:"), simultaneous);
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     buttons->addButton(downloadButton, QDialogButtonBox::AcceptRole);

@@ -53,6 +53,20 @@ void MessageBar::show(const QString &title, const QString &text, QAction *remedy
     if (remedy)
         button->setText(remedy->text());
     QFrame::show();
+    fitHeight();
+}
+
+void MessageBar::resizeEvent(QResizeEvent *event)
+{
+    QFrame::resizeEvent(event);
+    fitHeight();
+}
+
+// The window's layout gives a text that has got longer its second line only when it is laid out anew.
+void MessageBar::fitHeight()
+{
+    layout()->invalidate();
+    setMinimumHeight(layout()->totalHeightForWidth(width()));
 }
 
 QString MessageBar::text() const

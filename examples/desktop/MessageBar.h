@@ -20,8 +20,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void fitHeight();
+
     QLabel *const titleLabel;
     QLabel *const textLabel;
     QPushButton *const button;

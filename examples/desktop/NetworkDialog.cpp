@@ -79,6 +79,7 @@ QWidget *NetworkDialog::authorityField()
     auto *const group = new QGroupBox(tr("Trusted authority"));
     auto *const form = new QFormLayout(group);
     form->addRow(tr("PEM &file:"), row);
+    setBuddyOf(form, row, authority);
     form->addRow(
         quietLabel(tr("Needed when your company's network replaces certificates, or for a platform of your own.")));
     return group;

@@ -13,14 +13,17 @@
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QHeaderView>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QTabWidget>
+#include <QtWidgets/QToolButton>
 #include <QtWidgets/QTreeWidget>
 
 using namespace Korvo;
@@ -63,6 +66,18 @@ bool holds(const QAbstractItemModel &model, int column, const QString &text)
     return false;
 }
 
+/// A label that stands alone shows the "&" of its shortcut.
+QStringList labelsThatLeadNowhere(const QWidget &dialog)
+{
+    QStringList texts;
+    const QList<QLabel *> labels = dialog.findChildren<QLabel *>();
+    for (const QLabel *const label : labels) {
+        if (label->text().contains(QLatin1Char('&')) && !label->buddy())
+            texts.append(label->text());
+    }
+    return texts;
+}
+
 } // namespace
 
 class tst_DesktopHost : public QObject
@@ -75,12 +90,15 @@ private Q_SLOTS:
     void cleanup();
 
     void logsInWithASecondFactor();
+    void longAccountNameStaysInSight();
     void wrongPasswordIsExplained();
     void forgottenPasswordIsAskedFor();
     void cancelledLoginStaysOut();
     void networkSettingsLeadToThePlatform();
     void companyWithoutProjectsIsToldWhatToDo();
     void droppedFolderIsUploadedPausedAndResumed();
+    void contentOfAnUploadReachesThePlatform_data();
+    void contentOfAnUploadReachesThePlatform();
     void projectsAreSortedAndFiltered();
     void failedListCanBeAskedForAgain();
     void projectIsDownloadedWhole();
@@ -175,6 +193,20 @@ void tst_DesktopHost::logsInWithASecondFactor()
     QVERIFY(!QSettings().allKeys().join(QString()).contains(QStringLiteral("password"), Qt::CaseInsensitive));
 }
 
+void tst_DesktopHost::longAccountNameStaysInSight()
+{
+    const QString user = QString(60, QLatin1Char('m')) + QStringLiteral("@korvo.example");
+    platform.addAccount({{QStringLiteral("email"), user},
+                         {QStringLiteral("password"), QStringLiteral("Long-1")},
+                         {QStringLiteral("firstName"), QString()},
+                         {QStringLiteral("lastName"), QString()}});
+    QVERIFY(stage->logIn(user, QStringLiteral("Long-1")));
+    const auto *const button = stage->see<QToolButton>("accountButton");
+    QVERIFY(button);
+    QVERIFY(button->text().startsWith(QStringLiteral("mmm")));
+    QCOMPARE(button->toolTip(), user);
+}
+
 void tst_DesktopHost::wrongPasswordIsExplained()
 {
     QVERIFY(stage->type("userName", USER));
@@ -228,6 +260,7 @@ void tst_DesktopHost::networkSettingsLeadToThePlatform()
     QVERIFY(stage->click("loginNetwork"));
     auto *const kind = stage->see<QComboBox>("proxyKind");
     QVERIFY(kind);
+    QCOMPARE(labelsThatLeadNowhere(*kind->window()), QStringList());
     kind->setFocus();
     QTest::keyClick(kind, Qt::Key_End);
     QVERIFY(stage->type("proxyHost", toPlatform.proxyHost));
@@ -291,6 +324,52 @@ void tst_DesktopHost::droppedFolderIsUploadedPausedAndResumed()
     QCOMPARE(size.data().toString(), QStringLiteral("9.7 MB"));
 }
 
+void tst_DesktopHost::contentOfAnUploadReachesThePlatform_data()
+{
+    QTest::addColumn<int>("content");
+    QTest::addColumn<QString>("importType");
+    QTest::addColumn<QStringList>("keys");
+    const QStringList sections{QStringLiteral("Picture/Sec/a.jpg"), QStringLiteral("Picture/Sec/b.jpg")};
+    QTest::newRow("standard") << 0 << QString() << sections;
+    QTest::newRow("import tool") << 1 << QStringLiteral("OrvandeImport") << sections;
+    QTest::newRow("Quickview") << 2 << QStringLiteral("Quickview")
+                               << QStringList{QStringLiteral("Picture/Nod/b.jpg"), QStringLiteral("Picture/Sec/a.jpg")};
+}
+
+void tst_DesktopHost::contentOfAnUploadReachesThePlatform()
+{
+    QFETCH(int, content);
+    const QString path = local(QTest::currentDataTag());
+    for (const char *name : {"a.jpg", "b.jpg"})
+        QVERIFY(writeFile(path, QString::fromLatin1(name), name));
+    QVERIFY(logIn());
+    QVERIFY(stage->drop(path));
+    auto *const choice = stage->see<QComboBox>("uploadContent");
+    QVERIFY(choice);
+    QCOMPARE(labelsThatLeadNowhere(*choice->window()), QStringList());
+    choice->setFocus();
+    for (int i = 0; i < content; ++i)
+        QTest::keyClick(choice, Qt::Key_Down);
+    QCOMPARE(stage->see<QSpinBox>("filesAtOnce")->value(), content == 0 ? 3 : 1);
+    QCOMPARE(stage->see<QComboBox>("uploadTarget")->isEnabled(), content != 1);
+    QCOMPARE(stage->see<QPushButton>("manholeMedia")->isEnabled(), content == 2);
+    if (content == 2) {
+        QVERIFY(stage->click("manholeMedia"));
+        auto *const dialog = stage->see<QFileDialog>("fileDialog");
+        QVERIFY(dialog);
+        dialog->selectFile(QStringLiteral("b.jpg"));
+        QTest::keyClick(dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")), Qt::Key_Return);
+        QVERIFY(stage->waitUntilGone("fileDialog"));
+        QCOMPARE(stage->read("manholeMedia"), QString::fromUtf8("1 file…"));
+    }
+    QVERIFY(stage->click("startUpload"));
+    QVERIFY(stage->waitFor(Stage::Done));
+    const QJsonObject project = platform.project(stage->transfer().projectId);
+    QTEST(project.value(QLatin1String("importType")).toString(), "importType");
+    QCOMPARE(project.value(QLatin1String("name")).toString(), QString::fromLatin1(QTest::currentDataTag()));
+    QTEST(QStringList(platform.hashes(project.value(QLatin1String("bucket")).toString()).keys()), "keys");
+}
+
 void tst_DesktopHost::projectsAreSortedAndFiltered()
 {
     platform.addProject(QStringLiteral("sort-1"), QStringLiteral("zz-small"), {object("a", "1")});
@@ -337,6 +416,10 @@ void tst_DesktopHost::projectIsDownloadedWhole()
     addProject();
     QVERIFY(logIn());
     QVERIFY(stage->select(projectName));
+    QVERIFY(stage->press(Qt::Key_D, Qt::ControlModifier));
+    QCOMPARE(labelsThatLeadNowhere(*stage->see<QWidget>("downloadDialog")), QStringList());
+    QVERIFY(stage->press(Qt::Key_Escape));
+    QVERIFY(stage->waitUntilGone("downloadDialog"));
     QVERIFY(stage->download(local("out")));
     QVERIFY(stage->waitFor(Stage::Done));
     QCOMPARE(stage->transfer().filesCompleted, 5);

@@ -34,6 +34,7 @@ ApplicationWindow {
     width: 560
     height: 640
     visible: true
+    background: Rectangle { color: window.color }
 
     Connections {
         target: window.api

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <limits>
 
 using namespace Korvo::Web::Faults;
 
@@ -96,10 +97,11 @@ private:
 
     void play(const std::function<bool(const Cell &)> &isWanted)
     {
-        QString text;
-        playInLanes(cellsWhere(sliceOfCells(), isWanted), {},
-                    [&](const QString &id, const QStringList &words) { text += inWords(id, words); });
-        QVERIFY2(text.isEmpty(), qPrintable(text));
+        // Told at once: a run with many differences may be ended before its own end.
+        const Differences differences = playInLanes(
+            cellsWhere(sliceOfCells(), isWanted), {},
+            [](const QString &id, const QStringList &words) { qWarning("%s", qPrintable(inWords(id, words))); });
+        QCOMPARE(differences.keys(), QStringList());
     }
 };
 
@@ -170,6 +172,8 @@ int main(int argc, char *argv[])
         return runLane();
     if (arguments.value(1) == QLatin1String("--table"))
         return writeTable(arguments.mid(2));
+    // Each function plays hundreds of cells; the limit is that of CTest.
+    qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number(std::numeric_limits<int>::max()));
     tst_FaultMatrix test;
     return QTest::qExec(&test, argc, argv);
 }

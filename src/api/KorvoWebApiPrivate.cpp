@@ -6,7 +6,8 @@
 namespace Korvo::Web {
 
 KorvoWebApiPrivate::KorvoWebApiPrivate()
-    : thread(new Shared::WorkerThread)
+    : mailbox(this)
+    , thread(new Shared::WorkerThread)
     , worker(new KorvoWebApiWorker)
 {
     worker->moveToThread(thread.data());
@@ -26,37 +27,46 @@ KorvoWebApiPrivate::~KorvoWebApiPrivate()
     thread->wait();
 }
 
+// Emitted by the worker on its own thread, and again by this object on the host's.
+template <class... Values>
+void KorvoWebApiPrivate::relay(void (KorvoWebApiWorker::*from)(Values...), void (KorvoWebApiPrivate::*to)(Values...))
+{
+    connect(
+        worker, from, this, [this, to](Values... values) { mailbox.post([=] { Q_EMIT(this->*to)(values...); }); },
+        Qt::DirectConnection);
+}
+
 void KorvoWebApiPrivate::relaySignals()
 {
     using From = KorvoWebApiWorker;
     using To = KorvoWebApiPrivate;
-    connect(worker, &From::uploadFileProgressChanged, this, &To::uploadFileProgressChanged);
-    connect(worker, &From::currentUploadFilesChanged, this, &To::currentUploadFilesChanged);
-    connect(worker, &From::uploadTotalProgressChanged, this, &To::uploadTotalProgressChanged);
-    connect(worker, &From::filesToUploadTotalChanged, this, &To::filesToUploadTotalChanged);
-    connect(worker, &From::completedUploadFilesChanged, this, &To::completedUploadFilesChanged);
-    connect(worker, &From::uploadActiveChanged, this, &To::uploadActiveChanged);
-    connect(worker, &From::anyUploadActiveChanged, this, &To::anyUploadActiveChanged);
-    connect(worker, &From::uploadFinished, this, &To::uploadFinished);
-    connect(worker, &From::downloadFileProgressChanged, this, &To::downloadFileProgressChanged);
-    connect(worker, &From::currentDownloadFilesChanged, this, &To::currentDownloadFilesChanged);
-    connect(worker, &From::downloadTotalProgressChanged, this, &To::downloadTotalProgressChanged);
-    connect(worker, &From::filesToDownloadTotalChanged, this, &To::filesToDownloadTotalChanged);
-    connect(worker, &From::completedDownloadFilesChanged, this, &To::completedDownloadFilesChanged);
-    connect(worker, &From::downloadActiveChanged, this, &To::downloadActiveChanged);
-    connect(worker, &From::anyDownloadActiveChanged, this, &To::anyDownloadActiveChanged);
-    connect(worker, &From::downloadFinished, this, &To::downloadFinished);
-    connect(worker, &From::currentUserChanged, this, &To::currentUserChanged);
-    connect(worker, &From::loginResult, this, &To::loginResult);
-    connect(worker, &From::loginStatusChanged, this, &To::loginStatusChanged);
-    connect(worker, &From::projectInfoReceived, this, &To::projectInfoReceived);
-    connect(worker, &From::uploadStatusInfoReceived, this, &To::uploadStatusInfoReceived);
-    connect(worker, &From::errorOccurred, this, &To::errorOccurred);
-    connect(worker, &From::queryRemoteProjectsError, this, &To::queryRemoteProjectsError);
-    connect(worker, &From::singleFileDownloadLinkReceived, this, &To::singleFileDownloadLinkReceived);
-    connect(worker, &From::allProjectsMediaDownloadLinkReceived, this, &To::allProjectsMediaDownloadLinkReceived);
-    connect(worker, &From::loginExpired, this, &To::loginExpired);
-    connect(worker, &From::tokenAuthenticationNeeded, this, &To::tokenAuthenticationNeeded);
+    relay(&From::uploadFileProgressChanged, &To::uploadFileProgressChanged);
+    relay(&From::currentUploadFilesChanged, &To::currentUploadFilesChanged);
+    relay(&From::uploadTotalProgressChanged, &To::uploadTotalProgressChanged);
+    relay(&From::filesToUploadTotalChanged, &To::filesToUploadTotalChanged);
+    relay(&From::completedUploadFilesChanged, &To::completedUploadFilesChanged);
+    relay(&From::uploadActiveChanged, &To::uploadActiveChanged);
+    relay(&From::anyUploadActiveChanged, &To::anyUploadActiveChanged);
+    relay(&From::uploadFinished, &To::uploadFinished);
+    relay(&From::downloadFileProgressChanged, &To::downloadFileProgressChanged);
+    relay(&From::currentDownloadFilesChanged, &To::currentDownloadFilesChanged);
+    relay(&From::downloadTotalProgressChanged, &To::downloadTotalProgressChanged);
+    relay(&From::filesToDownloadTotalChanged, &To::filesToDownloadTotalChanged);
+    relay(&From::completedDownloadFilesChanged, &To::completedDownloadFilesChanged);
+    relay(&From::downloadActiveChanged, &To::downloadActiveChanged);
+    relay(&From::anyDownloadActiveChanged, &To::anyDownloadActiveChanged);
+    relay(&From::downloadFinished, &To::downloadFinished);
+    relay(&From::currentUserChanged, &To::currentUserChanged);
+    relay(&From::loginResult, &To::loginResult);
+    relay(&From::loginStatusChanged, &To::loginStatusChanged);
+    relay(&From::projectInfoReceived, &To::projectInfoReceived);
+    relay(&From::uploadStatusInfoReceived, &To::uploadStatusInfoReceived);
+    relay(&From::errorOccurred, &To::errorOccurred);
+    relay(&From::queryRemoteProjectsError, &To::queryRemoteProjectsError);
+    relay(&From::singleFileDownloadLinkReceived, &To::singleFileDownloadLinkReceived);
+    relay(&From::allProjectsMediaDownloadLinkReceived, &To::allProjectsMediaDownloadLinkReceived);
+    relay(&From::loginExpired, &To::loginExpired);
+    relay(&From::tokenAuthenticationNeeded, &To::tokenAuthenticationNeeded);
 }
 
 void KorvoWebApiPrivate::startWorker()

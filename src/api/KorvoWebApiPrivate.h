@@ -1,5 +1,7 @@
 #pragma once
 
+#include "api/SignalMailbox.h"
+
 #include <NQKorvoWeb/ImportType.h>
 #include <NQKorvoWeb/KorvoWebApi.h>
 
@@ -15,7 +17,7 @@ namespace Korvo::Web {
 class KorvoWebApiWorker;
 
 /// The host's side of the thread boundary: owns the worker thread, checks the arguments of transfers, hands out their
-/// ids, and posts every call to the worker. Lives on the host's thread; its signals are the worker's, queued.
+/// ids, and posts every call to the worker. Lives on the host's thread; its signals are the worker's, by way of the mailbox.
 class KorvoWebApiPrivate : public QObject
 {
     Q_OBJECT
@@ -99,6 +101,8 @@ private:
     using Arguments = QVector<QPair<QString, QString>>;
     using QuickviewDownload = void (KorvoWebApiWorker::*)(QString, QString, unsigned int);
 
+    template <class... Values>
+    void relay(void (KorvoWebApiWorker::*from)(Values...), void (KorvoWebApiPrivate::*to)(Values...));
     void relaySignals();
     void startWorker();
     void post(const std::function<void()> &call);
@@ -111,6 +115,7 @@ private:
     unsigned int newDownloadId();
     unsigned int newUploadId();
 
+    SignalMailbox mailbox; // before the thread: the worker posts until that has ended
     const QScopedPointer<Shared::WorkerThread> thread;
     KorvoWebApiWorker *const worker; // deleted on its own thread when that ends
     quint32 nextDownloadId = 0;

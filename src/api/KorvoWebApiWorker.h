@@ -153,7 +153,7 @@ private:
     QList<unsigned int> activeUploadIds;
     QList<unsigned int> activeDownloadIds;
     /// Guards currentUser to loggingIn and the communicator's login; the members between are the worker thread's own.
-    /// Change signals are emitted while it is held: they are queued to the host's thread, so no receiver runs under it.
+    /// Change signals are emitted while it is held: they go through a mailbox to the host's thread, so no receiver runs under it.
     mutable QMutex stateMutex;
     QPointer<RequestHandle> pendingLogin;
     QString loginUser;

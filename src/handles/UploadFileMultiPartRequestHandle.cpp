@@ -4,12 +4,13 @@
 #include "handles/NetworkOutcome.h"
 
 #include <QtCore/QPointer>
+#include <QtCore/QWeakPointer>
 
 namespace Korvo::Web {
 
 namespace {
 
-constexpr qint64 PART_BYTES = 4 * 1024 * 1024;
+constexpr int PART_BYTES = 4 * 1024 * 1024;
 
 // The root elements of the answers tell which step was answered.
 const QString INIT_MARKER = QStringLiteral("InitMultipartUploadResponse");
@@ -17,12 +18,34 @@ const QString PART_MARKER = QStringLiteral("PutMultipartUploadResponse");
 const QString ABORT_MARKER = QStringLiteral("AbortMultipartUploadResponse");
 const QString COMPLETE_MARKER = QStringLiteral("CompleteMultipartUploadResponse");
 
+// A part is read and encoded in one go, so one buffer does for all files that a thread has in flight. It goes with the
+// last of them.
+QSharedPointer<QByteArray> sharedPartBuffer()
+{
+    static thread_local QWeakPointer<QByteArray> shared;
+    QSharedPointer<QByteArray> buffer = shared.toStrongRef();
+    if (!buffer) {
+        buffer.reset(new QByteArray);
+        buffer->reserve(PART_BYTES);
+        shared = buffer;
+    }
+    return buffer;
+}
+
+/// Reads the next part into @p buffer; empty when nothing can be read.
+void readPart(QFile &file, QByteArray &buffer)
+{
+    buffer.resize(PART_BYTES);
+    buffer.resize(int(qMax(file.read(buffer.data(), PART_BYTES), qint64(0))));
+}
+
 } // namespace
 
 UploadFileMultiPartRequestHandle::UploadFileMultiPartRequestHandle(const UploadFileDescriptor &uploadFile,
                                                                    QObject *parent)
     : AbstractUploadFileRequestHandle(uploadFile, parent)
     , file(uploadFile.localFilePath)
+    , partBuffer(sharedPartBuffer())
     , startTime(QDateTime::currentDateTimeUtc())
 {
     if (file.open(QIODevice::ReadOnly)) {
@@ -98,11 +121,10 @@ void UploadFileMultiPartRequestHandle::handleEnding(const QString &data)
     finish(!data.contains(ABORT_MARKER) && data.contains(COMPLETE_MARKER));
 }
 
-// The next part waits for the event loop: by then the reply is gone, and with it the part that it carried, so that two
-// of them never stand in memory at once.
+// The next part waits for the event loop: by then the reply is gone and has let go of the body that it carried, so that
+// the next body can take the place of this one and two of them never stand in memory at once.
 void UploadFileMultiPartRequestHandle::scheduleNextPart()
 {
-    requestBody.clear();
     disposeOf(reply); // first: the loop takes up both in this order
     nextPartDue = true;
     QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::sendDuePart, Qt::QueuedConnection);
@@ -126,11 +148,11 @@ void UploadFileMultiPartRequestHandle::sendNextPart()
             Q_EMIT finishUpload(uploadId, descriptor.projectFolderName);
         return;
     }
-    const QByteArray part = file.read(PART_BYTES);
-    if (part.isEmpty())
+    readPart(file, *partBuffer);
+    if (partBuffer->isEmpty())
         failRead();
     else
-        sendPart(part);
+        sendPart(*partBuffer);
 }
 
 void UploadFileMultiPartRequestHandle::sendPart(const QByteArray &part)

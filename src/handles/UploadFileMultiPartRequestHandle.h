@@ -5,6 +5,9 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
+#include <QtCore/QSharedPointer>
+
+#include <utility>
 
 namespace Korvo::Web {
 
@@ -23,6 +26,9 @@ public:
     bool isFileOpen() const { return file.isOpen(); }
     /// When the upload was begun, UTC.
     QDateTime begun() const { return startTime; }
+
+    /// The body of the part before, which has been acknowledged: whoever builds the next one can use its memory again.
+    QByteArray takeSpentBody() { return std::exchange(requestBody, QByteArray()); }
 
     /// No further part is read or sent; the one in flight runs to its end.
     void pause();
@@ -60,6 +66,7 @@ private:
 
     UploadFileMultiPartFinishedResponse finishedResponse;
     QFile file;
+    const QSharedPointer<QByteArray> partBuffer;
     QDateTime startTime;
     qint64 lastPartSize = 0;
     qint32 partNumber = 1;

@@ -2,6 +2,8 @@
 
 #include "request/Base64.h"
 
+#include <utility>
+
 namespace Korvo::Web {
 
 namespace {
@@ -19,6 +21,19 @@ void makeRoomForValue(QByteArray &output, int valueBytes)
 }
 
 } // namespace
+
+// Memory that was not reserved would be given back when the array is emptied.
+NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::intoMemoryOf(QByteArray spent)
+{
+    openElements.clear();
+    output.clear();
+    if (!spent.isDetached())
+        return *this;
+    output = std::move(spent);
+    output.reserve(output.size());
+    output.resize(0);
+    return *this;
+}
 
 NetworkRequestBodyBuilder &NetworkRequestBodyBuilder::startElement(const QByteArray &name, const QByteArray &attributes)
 {

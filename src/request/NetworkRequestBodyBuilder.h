@@ -24,6 +24,13 @@ namespace Korvo::Web {
 class NQKORVOWEB_EXPORT NetworkRequestBodyBuilder
 {
 public:
+    /// Takes over the memory of @p spent, a body that is no longer needed, and writes into that; its bytes are forgotten.
+    ///
+    /// For whoever builds one large body after another: memory that is new each time costs more than filling it. Call it
+    /// first; what was written before is forgotten too. A @p spent that somebody else still holds stays as it is.
+    /// @return this builder, for the next call
+    NetworkRequestBodyBuilder &intoMemoryOf(QByteArray spent);
+
     /// Opens an element, which stays open until closeElement() or generate().
     ///
     /// @param name        name of the element; when empty, nothing is written and nothing is to be closed

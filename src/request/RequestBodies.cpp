@@ -11,16 +11,18 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QUrl>
 
+#include <utility>
+
 namespace Korvo::Web::RequestBodies {
 
 namespace {
 
 namespace Xml = Constants::Xml;
 
-NetworkRequestBodyBuilder rooted(const QString &root, const QString &nameSpace)
+NetworkRequestBodyBuilder rooted(const QString &root, const QString &nameSpace, QByteArray spentBody = QByteArray())
 {
     NetworkRequestBodyBuilder builder;
-    builder.startElement(root.toUtf8(), nameSpace.toUtf8());
+    builder.intoMemoryOf(std::move(spentBody)).startElement(root.toUtf8(), nameSpace.toUtf8());
     return builder;
 }
 
@@ -192,9 +194,10 @@ QByteArray beginMultiPart(const UploadFileDescriptor &file)
     return builder.generate();
 }
 
-QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber)
+QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber, QByteArray spentBody)
 {
-    NetworkRequestBodyBuilder builder = serviceBody(Xml::UPLOAD_MULIT_PART_REQUEST);
+    NetworkRequestBodyBuilder builder
+        = rooted(Xml::UPLOAD_MULIT_PART_REQUEST, Xml::NAMESPACE_SERVICE, std::move(spentBody));
     addContent(builder, Xml::INPUT_FILE_PART_ARRAY, part);
     add(builder, Xml::MULTIPART_UPLOAD_ID, uploadId);
     add(builder, Xml::PART_NUMBER, QString::number(partNumber));

@@ -42,7 +42,9 @@ QByteArray listFiles(const QString &bucketName, const QString &delimiter, const 
 
 QByteArray uploadFile(const UploadFileDescriptor &file, const QByteArray &content);
 QByteArray beginMultiPart(const UploadFileDescriptor &file);
-QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber);
+/// @param spentBody  of an earlier part, or empty: its memory is used again
+QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber,
+                      QByteArray spentBody = QByteArray());
 QByteArray completeMultiPart(const QString &uploadId, const QString &projectFolderName);
 QByteArray abortMultiPart(const QString &uploadId);
 QByteArray startTranscoding(const UploadFileDescriptor &file);

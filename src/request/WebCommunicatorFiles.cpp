@@ -68,7 +68,8 @@ UploadFileMultiPartRequestHandle *WebCommunicator::uploadFileInParts(const Uploa
     auto *const handle = opened.take();
     using Handle = UploadFileMultiPartRequestHandle;
     connect(handle, &Handle::uploadNextPart, this, [=](const QString &id, const QByteArray &part, int number) {
-        sendStep(handle, Constants::Route::MULTIPART_UPLOAD_UPLOAD, RequestBodies::uploadPart(id, part, number));
+        sendStep(handle, Constants::Route::MULTIPART_UPLOAD_UPLOAD,
+                 RequestBodies::uploadPart(id, part, number, handle->takeSpentBody()));
     });
     connect(handle, &Handle::finishUpload, this, [=](const QString &id, const QString &folder) {
         sendStep(handle, Constants::Route::MULTIPART_UPLOAD_COMPLETE, RequestBodies::completeMultiPart(id, folder));

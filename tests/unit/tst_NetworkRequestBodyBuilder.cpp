@@ -3,6 +3,8 @@
 #include <QtCore/QRandomGenerator>
 #include <QtTest/QtTest>
 
+#include <utility>
+
 #include <algorithm>
 
 using Korvo::Web::NetworkRequestBodyBuilder;
@@ -51,6 +53,8 @@ private Q_SLOTS:
     void base64OfEveryByte();
     void base64StandsInTheOpenElement();
     void largeContentHardlyTakesMoreThanItself();
+    void spentBodyIsWrittenOver();
+    void spentBodyThatIsStillHeldStaysAsItIs();
 };
 
 void tst_NetworkRequestBodyBuilder::nothingWrittenGivesAnEmptyBody()
@@ -237,6 +241,30 @@ void tst_NetworkRequestBodyBuilder::largeContentHardlyTakesMoreThanItself()
         .addElement("OutputFilePath", "Misc/plan.pdf")
         .generate();
     QVERIFY2(body.capacity() < body.size() + 4096, qPrintable(QString::number(body.capacity() - body.size())));
+}
+
+void tst_NetworkRequestBodyBuilder::spentBodyIsWrittenOver()
+{
+    const QByteArray content(1024 * 1024, 'x');
+    QByteArray spent = NetworkRequestBodyBuilder().startElement("Part").addBase64(content).generate();
+    const char *const memory = spent.constData();
+    NetworkRequestBodyBuilder builder;
+    builder.startElement("Forgotten");
+    const QByteArray next
+        = builder.intoMemoryOf(std::move(spent)).startElement("Part").addBase64(content).addValue("2").generate();
+    QCOMPARE(next, "<Part>" + content.toBase64() + "2</Part>");
+    QCOMPARE(static_cast<const void *>(next.constData()), static_cast<const void *>(memory));
+    const QByteArray small = NetworkRequestBodyBuilder().intoMemoryOf(QByteArray("abc")).addElement("a", "b").generate();
+    QCOMPARE(small, QByteArray("<a>b</a>"));
+    QCOMPARE(NetworkRequestBodyBuilder().intoMemoryOf(QByteArray()).generate(), QByteArray());
+}
+
+void tst_NetworkRequestBodyBuilder::spentBodyThatIsStillHeldStaysAsItIs()
+{
+    const QByteArray held = NetworkRequestBodyBuilder().addElement("Part", "1").generate();
+    QCOMPARE(NetworkRequestBodyBuilder().intoMemoryOf(held).addElement("Part", "2").generate(),
+             QByteArray("<Part>2</Part>"));
+    QCOMPARE(held, QByteArray("<Part>1</Part>"));
 }
 
 QTEST_APPLESS_MAIN(tst_NetworkRequestBodyBuilder)

@@ -57,6 +57,8 @@ private Q_SLOTS:
     void partsTogetherAreTheFile();
     void emptyFileHasNoPart();
     void partIsGoneBeforeTheNextIsRead();
+    void spentBodyIsHandedOnOnce();
+    void filesInFlightDoNotMixTheirParts();
 
     void firstMarkerDecides_data();
     void firstMarkerDecides();
@@ -318,6 +320,43 @@ void tst_UploadFileMultiPartRequestHandle::partIsGoneBeforeTheNextIsRead()
     loop.exec();
     QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
     QVERIFY(isGone);
+}
+
+void tst_UploadFileMultiPartRequestHandle::spentBodyIsHandedOnOnce()
+{
+    makeHandle(PART + 1);
+    perform(QStringLiteral("i"));
+    QByteArray spent;
+    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, handle.get(),
+            [&] { spent = handle->takeSpentBody(); });
+    perform(QStringLiteral("o"));
+    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
+    QCOMPARE(spent, QByteArray("part 2")); // heard of after the body of that part has been handed over
+    QCOMPARE(handle->takeSpentBody(), QByteArray());
+}
+
+// One buffer serves them all: whoever keeps a part must not find another file's in it.
+void tst_UploadFileMultiPartRequestHandle::filesInFlightDoNotMixTheirParts()
+{
+    makeHandle(PART + 1);
+    const QString otherPath = folder.filePath(QStringLiteral("other.mp4"));
+    QFile other(otherPath);
+    QVERIFY(other.open(QIODevice::WriteOnly));
+    QCOMPARE(other.write(QByteArray(PART + 1, 'o')), qint64(PART + 1));
+    other.close();
+    UploadFileMultiPartRequestHandle second({QString(), otherPath, QString(), QString(), true});
+    QList<QByteArray> kept;
+    const auto keep = [&](const QString &, const QByteArray &part) { kept.append(part); };
+    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, this, keep);
+    connect(&second, &UploadFileMultiPartRequestHandle::uploadNextPart, this, keep);
+    auto *const firstAnswer = new FakeReply;
+    second.setReply(firstAnswer);
+    firstAnswer->finish("<InitMultipartUploadResponse><MultipartUploadId>2</MultipartUploadId></InitMultipartUploadResponse>");
+    perform(QStringLiteral("i"));
+    QTRY_COMPARE(kept.size(), 2);
+    const int own = kept.first().startsWith('o') ? 1 : 0;
+    QVERIFY(kept.at(own) == content.left(PART));
+    QVERIFY(kept.at(1 - own) == QByteArray(PART, 'o'));
 }
 
 void tst_UploadFileMultiPartRequestHandle::firstMarkerDecides_data()

@@ -4,6 +4,7 @@
 #include "handles/TransferResponses.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QTimer>
 
 namespace Korvo::Web {
 
@@ -48,6 +49,7 @@ private Q_SLOTS:
 
 private:
     void openFile();
+    void takeStep();
     void fail(Error error, const QString &message);
     void judgeDownload();
     void completeFile();
@@ -59,6 +61,7 @@ private:
     QFile file;
     qint64 totalBytesRead = 0;
     qint64 totalBytesToRead = 0;
+    QTimer stepTimer; // runs after each step: bytes that come meanwhile wait for the next
     bool fileReady = false;
     bool aborted = false;
     Error localError = Error::None;

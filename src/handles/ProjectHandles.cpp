@@ -2,9 +2,18 @@
 
 namespace Korvo::Web {
 
+UserProjectsRequestHandle::UserProjectsRequestHandle(QObject *parent)
+    : RequestHandle(parent)
+{
+    readsBytes = true;
+}
+
 void UserProjectsRequestHandle::handleResponse(const QString &data, QNetworkReply::NetworkError error)
 {
-    const auto response = answered<UserProjectsResponse>(data, error);
+    Q_UNUSED(data)
+    UserProjectsResponse response;
+    response.setOutcome(error);
+    response.parse(responseData);
     Q_EMIT requestFinished(response, response.error());
 }
 

@@ -10,7 +10,7 @@ class UserProjectsRequestHandle : public RequestHandle
     Q_OBJECT
 
 public:
-    using RequestHandle::RequestHandle;
+    explicit UserProjectsRequestHandle(QObject *parent = nullptr);
 
 Q_SIGNALS:
     void requestFinished(UserProjectsResponse response, Korvo::Web::Error error);

@@ -14,6 +14,8 @@ namespace Korvo::Web {
 
 namespace {
 
+const QLatin1String PROJECT_ELEMENT("ProjectInfo");
+
 // Nothing here says who imported the project: the flag keeps its default.
 void readField(ProjectInfo &project, const QStringRef &name, QXmlStreamReader &reader)
 {
@@ -41,18 +43,16 @@ void readField(SingleMediaFileLinkData &link, const QStringRef &name, QXmlStream
     }
 }
 
-template <typename Entry>
-QList<Entry> entriesOf(const QString &reply, QLatin1String entryElement)
+template <typename Reply, typename Entry>
+auto readEntries(const Reply &reply, QLatin1String entryElement, QList<Entry> *entries)
 {
-    QList<Entry> entries;
-    forEachElement(reply, [&](const QStringRef &name, QXmlStreamReader &reader) {
+    return forEachElement(reply, [&](const QStringRef &name, QXmlStreamReader &reader) {
         if (name == entryElement) {
-            entries.append(Entry());
-        } else if (!entries.isEmpty()) {
-            readField(entries.last(), name, reader);
+            entries->append(Entry());
+        } else if (!entries->isEmpty()) {
+            readField(entries->last(), name, reader);
         }
     });
-    return entries;
 }
 
 UploadStatusInfo statusFrom(const QJsonObject &entry)
@@ -72,7 +72,19 @@ void BeginUploadProjectResponse::parse(const QString &text)
 
 void UserProjectsResponse::parse(const QString &text)
 {
-    setValues({entriesOf<ProjectInfo>(text, QLatin1String("ProjectInfo"))});
+    UserProjectsValues list;
+    readEntries(text, PROJECT_ELEMENT, &list.projects);
+    setValues(std::move(list));
+}
+
+void UserProjectsResponse::parse(const QByteArray &utf8)
+{
+    const QByteArray reply = utf8.left(int(qstrlen(utf8.constData()))); // ends at the first zero byte, as its text does
+    UserProjectsValues list;
+    if (readEntries(reply, PROJECT_ELEMENT, &list.projects))
+        setValues(std::move(list));
+    else
+        parse(QString::fromUtf8(reply));
 }
 
 void UploadProjectsStatusResponse::parse(const QString &text)
@@ -87,7 +99,9 @@ void UploadProjectsStatusResponse::parse(const QString &text)
 
 void SingleProjectFileDownloadResponse::parse(const QString &text)
 {
-    setValues({entriesOf<SingleMediaFileLinkData>(text, QLatin1String("media-item"))});
+    SingleProjectFileDownloadValues answer;
+    readEntries(text, QLatin1String("media-item"), &answer.links);
+    setValues(std::move(answer));
 }
 
 } // namespace Korvo::Web

@@ -37,6 +37,8 @@ public:
     QList<ProjectInfo> projects() const { return values().projects; }
 
     void parse(const QString &text);
+    /// The same from the reply's UTF-8, which is quicker for a long list.
+    void parse(const QByteArray &utf8);
 };
 
 struct UploadProjectsStatusValues

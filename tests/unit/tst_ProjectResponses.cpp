@@ -38,6 +38,15 @@ QList<SingleMediaFileLinkData> linksFrom(const QString &text)
     return response.links();
 }
 
+QString summaryOf(const QList<ProjectInfo> &projects)
+{
+    QStringList values;
+    for (const ProjectInfo &project : projects)
+        values << project.projectId() << project.projectName() << project.projectFolderName()
+               << project.creationDate().toString(Qt::ISODate) << QString::number(project.diskUsage());
+    return values.join(QLatin1Char('|'));
+}
+
 } // namespace
 
 class tst_ProjectResponses : public QObject
@@ -56,6 +65,8 @@ private Q_SLOTS:
     void projectDate();
     void diskUsage_data();
     void diskUsage();
+    void bytesComeToTheSameAsTheirText_data();
+    void bytesComeToTheSameAsTheirText();
     void fieldsBeforeTheFirstProjectAreIgnored();
     void lastFieldOfAProjectWins();
     void projectsBeforeAnErrorStay();
@@ -205,6 +216,35 @@ void tst_ProjectResponses::diskUsage()
     QFETCH(quint64, bytes);
     const ProjectInfo project = projectWith(QStringLiteral("<DiskUsage>") + text + QStringLiteral("</DiskUsage>"));
     QCOMPARE(quint64(project.diskUsage()), bytes);
+}
+
+void tst_ProjectResponses::bytesComeToTheSameAsTheirText_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    const QByteArray list = "<P xmlns=\"x\"><ProjectInfo><DiskUsage>7</DiskUsage><ProjectId>1</ProjectId>"
+                            "<ProjectDate>2026-03-03T14:05:09</ProjectDate><ProjectName>S\xc3\xbc" "d &amp; Ost</ProjectName>"
+                            "</ProjectInfo><ProjectInfo><ProjectName>\xf0\x9f\x98\x80</ProjectName></ProjectInfo></P>";
+    const QByteArray utf8 = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
+    QTest::newRow("plain") << list;
+    QTest::newRow("declared") << utf8 + list;
+    QTest::newRow("declared as something else") << "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>" + list;
+    QTest::newRow("byte order mark") << "\xef\xbb\xbf" + utf8 + list;
+    QTest::newRow("cut off") << list.left(list.indexOf("</ProjectName>"));
+    QTest::newRow("cut off inside a character") << list.left(list.indexOf('\xc3') + 1);
+    QTest::newRow("zero byte inside") << QByteArray(list).replace("Ost", QByteArray("O\0t", 3));
+    QTest::newRow("broken character") << QByteArray(list).replace("\xc3\xbc", "\xc3(");
+    QTest::newRow("document type") << "<!DOCTYPE P>" + list;
+    QTest::newRow("child in a text") << QByteArray(list).replace("&amp;", "<x/>");
+    QTest::newRow("no list") << QByteArray("{}");
+    QTest::newRow("empty") << QByteArray();
+}
+
+void tst_ProjectResponses::bytesComeToTheSameAsTheirText()
+{
+    QFETCH(QByteArray, reply);
+    UserProjectsResponse response;
+    response.parse(reply);
+    QCOMPARE(summaryOf(response.projects()), summaryOf(projectsFrom(QString::fromUtf8(reply.constData()))));
 }
 
 void tst_ProjectResponses::fieldsBeforeTheFirstProjectAreIgnored()

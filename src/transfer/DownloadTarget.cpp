@@ -121,15 +121,24 @@ bool DownloadTarget::leadsThroughJunction(QString folder) const
 // A link that was there before must not lead a file out of the folder.
 bool DownloadTarget::staysBelowThroughLinks(const QString &path) const
 {
-    const QString canonicalRoot = QFileInfo(root).canonicalFilePath();
     const QFileInfo target(path);
     if (target.isSymLink())
-        return isBelow(canonicalRoot, target.canonicalFilePath());
-    QString folder = target.absolutePath();
+        return isBelow(QFileInfo(root).canonicalFilePath(), target.canonicalFilePath());
+    const QString folder = target.absolutePath();
+    auto known = knownFolders.constFind(folder);
+    if (known == knownFolders.constEnd())
+        known = knownFolders.insert(folder, folderStaysBelow(folder));
+    return *known;
+}
+
+bool DownloadTarget::folderStaysBelow(const QString &wantedFolder) const
+{
+    QString folder = wantedFolder;
     while (folder != root && !QFileInfo::exists(folder) && !QFileInfo(folder).isSymLink())
         folder = QFileInfo(folder).absolutePath();
     if (leadsThroughJunction(folder))
         return false;
+    const QString canonicalRoot = QFileInfo(root).canonicalFilePath();
     const QString canonicalFolder = QFileInfo(folder).canonicalFilePath();
     return canonicalFolder == canonicalRoot || isBelow(canonicalRoot, canonicalFolder);
 }

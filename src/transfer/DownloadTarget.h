@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QtCore/QHash>
 #include <QtCore/QString>
 
 namespace Korvo::Web {
 
 /// Maps the keys of a bucket to files below one download folder. Keys come from a server and are hostile until checked.
+///
+/// Made for one listing: what it has found out about a folder on the disk it does not look up again.
 class DownloadTarget
 {
 public:
@@ -38,8 +41,10 @@ private:
     QString below(const QString &relativePath) const;
     bool leadsThroughJunction(QString folder) const;
     bool staysBelowThroughLinks(const QString &path) const;
+    bool folderStaysBelow(const QString &folder) const;
 
     QString root; // absolute and clean
+    mutable QHash<QString, bool> knownFolders; // whether each stays below; a listing names few of them many times
     PathRules rules;
 };
 

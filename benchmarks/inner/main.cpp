@@ -28,7 +28,7 @@ Figures scan(const QString &folder)
     const auto files = Korvo::Web::ProjectFolderScan(folder, {}).run();
     Figures figures;
     figures.add("seconds", double(timer.nsecsElapsed()) / NANOSECONDS);
-    figures.add("files", files.size());
+    figures.add("files", double(files.size()));
     return figures;
 }
 

@@ -50,7 +50,7 @@ void bench_FolderScan::scan()
     int found = 0;
     QBENCHMARK
     {
-        found = ProjectFolderScan(root, {}).run().size();
+        found = int(ProjectFolderScan(root, {}).run().size());
     }
     QVERIFY(found > 0);
 }

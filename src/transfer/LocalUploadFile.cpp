@@ -23,9 +23,9 @@ bool isOneOf(const QStringRef &text, const QLatin1String (&choices)[N])
     });
 }
 
-QStringRef lastPart(const QString &text, QLatin1Char separator)
+QStringRef lastPart(const QStringRef &text, QLatin1Char separator)
 {
-    return text.midRef(text.lastIndexOf(separator) + 1);
+    return text.mid(text.lastIndexOf(separator) + 1);
 }
 
 } // namespace
@@ -33,11 +33,18 @@ QStringRef lastPart(const QString &text, QLatin1Char separator)
 LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, const QString &relativeFilePath, quint64 fileSize,
                                  const QDateTime &modificationTime)
     : absolutePath(absoluteFilePath)
-    , relativePath(relativeFilePath)
     , size(fileSize)
+    , relativeLength(relativeFilePath.size())
     , knownModificationTime(modificationTime)
 {
+    if (!absolutePath.endsWith(relativeFilePath))
+        otherRelativePath = relativeFilePath;
     classify();
+}
+
+QStringRef LocalUploadFile::relativePart() const
+{
+    return otherRelativePath.isEmpty() ? absolutePath.rightRef(relativeLength) : QStringRef(&otherRelativePath);
 }
 
 QDateTime LocalUploadFile::lastModified() const
@@ -48,25 +55,26 @@ QDateTime LocalUploadFile::lastModified() const
 // What follows the last dot of the whole relative path decides, even if that dot stands in the name of a folder.
 void LocalUploadFile::classify()
 {
-    const QStringRef extension = lastPart(relativePath, QLatin1Char('.'));
+    const QStringRef extension = lastPart(relativePart(), QLatin1Char('.'));
     isVideo = isOneOf(extension, VIDEO_EXTENSIONS);
     isPicture = !isVideo && isOneOf(extension, PICTURE_EXTENSIONS);
 }
 
 bool LocalUploadFile::belongsToNode(const MediaNamesList &nodeMediaFiles) const
 {
-    if (nodeMediaFiles.contains(relativePath))
+    const QString path = relativePath();
+    if (nodeMediaFiles.contains(path))
         return true;
-    return relativePath.startsWith(QLatin1Char('/')) && nodeMediaFiles.contains(relativePath.mid(1));
+    return path.startsWith(QLatin1Char('/')) && nodeMediaFiles.contains(path.mid(1));
 }
 
 QString LocalUploadFile::remoteKey(const MediaNamesList &nodeMediaFiles) const
 {
     if (!isPicture && !isVideo)
-        return relativePath;
+        return relativePath();
     const QString kind = isPicture ? QStringLiteral("Picture/") : QStringLiteral("Video/");
     const QString place = belongsToNode(nodeMediaFiles) ? QStringLiteral("Nod/") : QStringLiteral("Sec/");
-    return kind + place + lastPart(relativePath, QLatin1Char('/'));
+    return kind + place + lastPart(relativePart(), QLatin1Char('/'));
 }
 
 } // namespace Korvo::Web

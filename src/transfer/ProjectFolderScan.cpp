@@ -4,6 +4,10 @@
 #include <QtCore/QDirIterator>
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 namespace Korvo::Web {
 
 namespace {
@@ -27,12 +31,12 @@ ProjectFolderScan::ProjectFolderScan(const QString &projectPath, const QMap<QStr
 {
 }
 
-QList<LocalUploadFile> ProjectFolderScan::run()
+std::deque<LocalUploadFile> ProjectFolderScan::run()
 {
     found.clear();
     unreadable.clear();
     scan(root);
-    return found;
+    return std::exchange(found, {});
 }
 
 void ProjectFolderScan::scan(const QString &folder)
@@ -46,15 +50,21 @@ void ProjectFolderScan::scan(const QString &folder)
     if (enteredFolders.contains(canonical)) // a link that leads back up
         return;
     enteredFolders.append(canonical);
-    const Content content = contentOf(dir.absolutePath());
-    int taken = 0;
-    for (const Subfolder &subfolder : content.subfolders) {
-        found.append(content.files.mid(taken, subfolder.filesBefore - taken));
+    Content content = contentOf(dir.absolutePath());
+    std::size_t taken = 0;
+    for (const Subfolder &subfolder : qAsConst(content.subfolders)) {
+        take(content, taken, subfolder.filesBefore);
         taken = subfolder.filesBefore;
         scan(subfolder.path);
     }
-    found.append(content.files.mid(taken));
+    take(content, taken, content.files.size());
     enteredFolders.removeLast();
+}
+
+void ProjectFolderScan::take(Content &content, std::size_t from, std::size_t to)
+{
+    const auto files = content.files.begin();
+    std::move(files + std::ptrdiff_t(from), files + std::ptrdiff_t(to), std::back_inserter(found));
 }
 
 // Read to the end before any subfolder is entered: a deep tree would keep too many folders open.
@@ -68,7 +78,7 @@ ProjectFolderScan::Content ProjectFolderScan::contentOf(const QString &absoluteF
         if (entry.isDir())
             content.subfolders.append({path, content.files.size()});
         else if (!isLeftOut(path, entry))
-            content.files.append(LocalUploadFile(path, relativePath(path), quint64(entry.size())));
+            content.files.emplace_back(path, relativePath(path), quint64(entry.size()));
     }
     return content;
 }

@@ -3,11 +3,13 @@
 #include "handles/BucketResponses.h"
 #include "transfer/LocalUploadFile.h"
 
-#include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
+
+#include <deque>
+#include <vector>
 
 class QFileInfo;
 
@@ -21,7 +23,7 @@ public:
     ProjectFolderScan(const QString &projectPath, const QMap<QString, RemoteFileEntry> &remoteFiles);
 
     /// Every file to upload, depth first, in the order of the file system. Empty when the folder does not exist.
-    QList<LocalUploadFile> run();
+    std::deque<LocalUploadFile> run();
 
     /// Folders that run() could not look into: what they hold is not among the files.
     QStringList unreadableFolders() const { return unreadable; }
@@ -33,15 +35,16 @@ private:
     struct Subfolder
     {
         QString path;
-        int filesBefore; // so many of the folder's own files come before it
+        std::size_t filesBefore; // so many of the folder's own files come before it
     };
     struct Content
     {
-        QList<LocalUploadFile> files;
+        std::vector<LocalUploadFile> files;
         QVector<Subfolder> subfolders;
     };
 
     void scan(const QString &folder);
+    void take(Content &content, std::size_t from, std::size_t to);
     Content contentOf(const QString &absoluteFolder) const;
     bool isLeftOut(const QString &path, const QFileInfo &file) const;
     bool isKnownProjectFile(const QFileInfo &file) const;
@@ -50,7 +53,7 @@ private:
     const QString root;
     const QString rootWithSlashes;
     const QMap<QString, RemoteFileEntry> remote;
-    QList<LocalUploadFile> found;
+    std::deque<LocalUploadFile> found;
     QStringList unreadable;
     QStringList enteredFolders; // canonical paths from the root down to where the scan stands
 };

@@ -15,6 +15,7 @@
 #include <QtCore/QPointer>
 
 #include <chrono>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -146,8 +147,8 @@ void ProjectUpload::scanProjectFolder()
 {
     ProjectFolderScan scan(projectPath, remoteFiles);
     pendingFiles = scan.run();
-    filesTotal = pendingFiles.size();
-    for (const LocalUploadFile &file : qAsConst(pendingFiles))
+    filesTotal = int(pendingFiles.size());
+    for (const LocalUploadFile &file : pendingFiles)
         totalBytes += file.size;
     const QStringList unreadableFolders = scan.unreadableFolders();
     for (const QString &folder : unreadableFolders) {
@@ -160,7 +161,7 @@ void ProjectUpload::scanProjectFolder()
 void ProjectUpload::schedule()
 {
     while (activeUploads.size() < maxSimultaneousUploads && !aborted && !finished) {
-        if (!pendingFiles.isEmpty()) {
+        if (!pendingFiles.empty()) {
             startNextFile();
             if (paused) // by whoever heard of the start
                 return;
@@ -176,7 +177,9 @@ void ProjectUpload::schedule()
 void ProjectUpload::startNextFile()
 {
     busy = true;
-    startFile(pendingFiles.takeFirst());
+    const LocalUploadFile file = std::move(pendingFiles.front());
+    pendingFiles.pop_front();
+    startFile(file);
     busy = false;
     if (aborted)
         deleteIfIdle();
@@ -288,7 +291,7 @@ void ProjectUpload::fileUploadFinished()
     forget(handle);
     if (aborted) // perhaps by whoever heard of the file's end
         deleteIfIdle();
-    else if (pendingFiles.isEmpty() && activeUploads.isEmpty())
+    else if (pendingFiles.empty() && activeUploads.isEmpty())
         finish();
     else if (!paused)
         schedule();
@@ -382,7 +385,7 @@ void ProjectUpload::restart(UploadFileMultiPartRequestHandle *handle)
     handle->setParent(communicator); // its abort request may outlive the job
     connect(handle, &UploadFileMultiPartRequestHandle::requestFinished, handle, &QObject::deleteLater);
     handle->abort();
-    pendingFiles.prepend(ProjectFolderScan(projectPath, {}).describe(QFileInfo(path)));
+    pendingFiles.push_front(ProjectFolderScan(projectPath, {}).describe(QFileInfo(path)));
 }
 
 void ProjectUpload::abort()

@@ -15,6 +15,8 @@
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
 
+#include <deque>
+
 namespace Korvo::Web {
 
 class AbstractUploadFileRequestHandle;
@@ -86,7 +88,7 @@ private:
     void restart(UploadFileMultiPartRequestHandle *handle);
 
     WebCommunicator *const communicator;
-    QList<LocalUploadFile> pendingFiles;
+    std::deque<LocalUploadFile> pendingFiles;
     QMap<QString, AbstractUploadFileRequestHandle *> activeUploads; // by absolute local path
     QStringList currentFiles; // the keys of activeUploads; every step of progress tells them
     QString projectPath;

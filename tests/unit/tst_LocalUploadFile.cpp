@@ -42,7 +42,7 @@ void tst_LocalUploadFile::keepsWhatItIsGiven()
     const LocalUploadFile file(QStringLiteral("/p/Köln #1/a b.txt"), QStringLiteral("/Köln #1/a b.txt"),
                                Q_UINT64_C(18446744073709551615), time);
     QCOMPARE(file.absolutePath, QStringLiteral("/p/Köln #1/a b.txt"));
-    QCOMPARE(file.relativePath, QStringLiteral("/Köln #1/a b.txt"));
+    QCOMPARE(file.relativePath(), QStringLiteral("/Köln #1/a b.txt"));
     QCOMPARE(file.size, Q_UINT64_C(18446744073709551615));
     QCOMPARE(file.lastModified(), time);
     QVERIFY(!file.isVideo);

@@ -86,7 +86,7 @@ QStringList tst_ProjectFolderScan::scanned(const QString &path, const QMap<QStri
     QStringList paths;
     const auto files = ProjectFolderScan(path, remote).run();
     for (const LocalUploadFile &file : files)
-        paths.append(file.relativePath);
+        paths.append(file.relativePath());
     paths.sort();
     return paths;
 }
@@ -128,12 +128,12 @@ void tst_ProjectFolderScan::filesAreDescribedAsTheyAreOnDisk()
     write(QStringLiteral("video/Clip.MOV"), 4321);
     const QFileInfo disk(root() + QStringLiteral("/video/Clip.MOV"));
     const auto files = ProjectFolderScan(root(), {}).run();
-    QCOMPARE(files.size(), 1);
-    QCOMPARE(files.first().absolutePath, disk.absoluteFilePath());
-    QCOMPARE(files.first().relativePath, QStringLiteral("/video/Clip.MOV"));
-    QCOMPARE(files.first().size, Q_UINT64_C(4321));
-    QCOMPARE(files.first().lastModified(), disk.lastModified());
-    QVERIFY(files.first().isVideo);
+    QCOMPARE(int(files.size()), 1);
+    QCOMPARE(files.front().absolutePath, disk.absoluteFilePath());
+    QCOMPARE(files.front().relativePath(), QStringLiteral("/video/Clip.MOV"));
+    QCOMPARE(files.front().size, Q_UINT64_C(4321));
+    QCOMPARE(files.front().lastModified(), disk.lastModified());
+    QVERIFY(files.front().isVideo);
 }
 
 void tst_ProjectFolderScan::hiddenFilesAndFoldersAreLeftOut()
@@ -260,13 +260,13 @@ void tst_ProjectFolderScan::folderThatCannotBeReadIsTold()
     QVERIFY(QFile::setPermissions(temporary->path(), QFile::Permissions(0x7755)));
     QVERIFY(QFile::setPermissions(locked, QFile::Permissions()));
     ProjectFolderScan scan(root(), {});
-    QList<LocalUploadFile> files;
+    std::deque<LocalUploadFile> files;
     {
         const Korvo::Web::TestSupport::WithoutPrivileges nobody;
         files = scan.run();
     }
     QVERIFY(QFile::setPermissions(locked, QFile::Permissions(0x7700)));
-    QCOMPARE(files.size(), 2);
+    QCOMPARE(int(files.size()), 2);
     QCOMPARE(scan.unreadableFolders(), QStringList{locked});
 }
 
@@ -274,8 +274,8 @@ void tst_ProjectFolderScan::secondRunFindsTheSame()
 {
     write(QStringLiteral("a.txt"));
     ProjectFolderScan scan(root(), {});
-    QCOMPARE(scan.run().size(), 1);
-    QCOMPARE(scan.run().size(), 1);
+    QCOMPARE(int(scan.run().size()), 1);
+    QCOMPARE(int(scan.run().size()), 1);
 }
 
 void tst_ProjectFolderScan::deepFoldersAreScanned()

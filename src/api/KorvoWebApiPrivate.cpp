@@ -31,9 +31,8 @@ KorvoWebApiPrivate::~KorvoWebApiPrivate()
 template <class... Values>
 void KorvoWebApiPrivate::relay(void (KorvoWebApiWorker::*from)(Values...), void (KorvoWebApiPrivate::*to)(Values...))
 {
-    connect(
-        worker, from, this, [this, to](Values... values) { mailbox.post([=] { Q_EMIT(this->*to)(values...); }); },
-        Qt::DirectConnection);
+    const auto relayed = [this, to](Values... values) { mailbox.post([=] { (this->*to)(values...); }); };
+    connect(worker, from, this, relayed, Qt::DirectConnection);
 }
 
 void KorvoWebApiPrivate::relaySignals()

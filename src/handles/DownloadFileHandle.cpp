@@ -73,7 +73,7 @@ void DownloadFileHandle::setReply(QNetworkReply *newReply)
     if (!reply || isWatched)
         return;
     stepTimer.stop(); // a new attempt shows at once that it goes on
-    if (fileReady) // else nobody reads, and a full buffer would hold the reply up for ever
+    if (fileReady)    // else nobody reads, and a full buffer would hold the reply up for ever
         watchBody(reply, totalBytesToRead);
     connect(reply, &QNetworkReply::readyRead, this, &DownloadFileHandle::onReplyReadyRead);
     connect(reply, &QNetworkReply::finished, this, &DownloadFileHandle::onReplyFinished);

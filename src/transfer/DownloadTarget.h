@@ -43,7 +43,7 @@ private:
     bool staysBelowThroughLinks(const QString &path) const;
     bool folderStaysBelow(const QString &folder) const;
 
-    QString root; // absolute and clean
+    QString root;                              // absolute and clean
     mutable QHash<QString, bool> knownFolders; // whether each stays below; a listing names few of them many times
     PathRules rules;
 };

@@ -75,7 +75,7 @@ private Q_SLOTS:
         stage.platform.clearFaults();
         type(asSecureUser(Stage::uploadArguments(folder, id)));
         answerQuestions();
-        QVERIFY(terminal->waitFor(QStringLiteral("exit=0")));
+        QVERIFY2(terminal->waitFor(QStringLiteral("exit=0")), qPrintable(terminal->screen()));
         QCOMPARE(stage.statusOf(id), 2);
 
         const QString copy = stage.path(QStringLiteral("sample-copy"));

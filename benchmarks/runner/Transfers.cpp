@@ -18,6 +18,7 @@ constexpr double FLAT = 1.15;
 
 const QString LIBRARY = QStringLiteral("korvo-bench-client");
 const QString PEER = QStringLiteral("korvo-bench-peer");
+const QString BARE = QStringLiteral("korvo-bench-bare");
 const QString WALL = QStringLiteral("wallSeconds");
 const QString CPU = QStringLiteral("cpuSeconds");
 const QString OVER_IDLE = QStringLiteral("overIdleBytes");
@@ -79,9 +80,15 @@ Pairs Transfers::compare(const Work &work)
     announce(work.name);
     if (work.upload)
         prepare(work.workload);
-    const Pairs pairs = Pairs::run(
-        sizes.rounds, [&](int) { return run(LIBRARY, work); }, [&](int) { return run(PEER, work); });
-    addDetail(work, pairs);
+    Pairs pairs;
+    Pairs bare;
+    for (int round = 0; round < sizes.rounds; ++round) {
+        pairs.library.add(run(LIBRARY, work));
+        bare.library.add(run(BARE, work));
+        pairs.peer.add(run(PEER, work));
+    }
+    bare.peer = pairs.peer;
+    addDetail(work, pairs, bare);
     return pairs;
 }
 
@@ -107,7 +114,7 @@ void Transfers::addMemory(const QString &name, const Pairs &pairs, double atMost
          atMost, reachFor, QStringLiteral("MiB"), 1});
 }
 
-void Transfers::addDetail(const Work &work, const Pairs &pairs)
+void Transfers::addDetail(const Work &work, const Pairs &pairs, const Pairs &bare)
 {
     const auto side = [&](const QString &name, const Rounds &rounds) {
         const double wall = rounds.medianOf(WALL);
@@ -118,9 +125,17 @@ void Transfers::addDetail(const Work &work, const Pairs &pairs)
                             number(rounds.medianOf(OVER_IDLE) / MEBIBYTE, 1)});
     };
     side(QStringLiteral("library"), pairs.library);
+    side(QStringLiteral("Qt alone"), bare.library);
     side(QStringLiteral("libcurl"), pairs.peer);
-    detailLines.append(
-        {QString(), QStringLiteral("ratios"), pairs.spread(WALL), QString(), pairs.spread(CPU), QString(), QString()});
+    const auto ratios = [&](const QString &name, const Pairs &compared) {
+        const auto text = [&](const QString &figure) {
+            return number(compared.medianRatio(figure), 2) + QStringLiteral(" x (") + compared.spread(figure)
+                   + QLatin1Char(')');
+        };
+        detailLines.append({QString(), name, text(WALL), QString(), text(CPU), QString(), QString()});
+    };
+    ratios(QStringLiteral("library to libcurl"), pairs);
+    ratios(QStringLiteral("Qt alone to libcurl"), bare);
 }
 
 QString Transfers::details() const

@@ -53,7 +53,7 @@ private:
 
     void addRatio(const Work &work, const Pairs &pairs, double atMost, double reachFor);
     void addMemory(const QString &name, const Pairs &pairs, double atMost, double reachFor);
-    void addDetail(const Work &work, const Pairs &pairs);
+    void addDetail(const Work &work, const Pairs &pairs, const Pairs &bare);
     void add(const Row &row) { results.append(row); }
 
     Place place;

@@ -60,6 +60,14 @@ UploadFileMultiPartRequestHandle::UploadFileMultiPartRequestHandle(const UploadF
 void UploadFileMultiPartRequestHandle::pause()
 {
     uploadPaused = true;
+    dropSpentBody();
+}
+
+// A pause may last for days; the memory of a part is not kept for it.
+void UploadFileMultiPartRequestHandle::dropSpentBody()
+{
+    if (uploadPaused && nextPartDue)
+        requestBody.clear();
 }
 
 void UploadFileMultiPartRequestHandle::resume()
@@ -127,6 +135,7 @@ void UploadFileMultiPartRequestHandle::scheduleNextPart()
 {
     disposeOf(reply); // first: the loop takes up both in this order
     nextPartDue = true;
+    dropSpentBody();
     QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::sendDuePart, Qt::QueuedConnection);
 }
 

@@ -28,7 +28,8 @@ public:
     QDateTime begun() const { return startTime; }
 
     /// The body of the part before, which has been acknowledged: whoever builds the next one can use its memory again.
-    QByteArray takeSpentBody() { return std::exchange(requestBody, QByteArray()); }
+    /// Empty while a request is in flight, because that one may have to be sent again.
+    QByteArray takeSpentBody() { return isInFlight() ? QByteArray() : std::exchange(requestBody, QByteArray()); }
 
     /// No further part is read or sent; the one in flight runs to its end.
     void pause();
@@ -57,6 +58,7 @@ private:
     void handleUnaskedAbort(QNetworkReply::NetworkError error);
     void handleEnding(const QString &data);
     void scheduleNextPart();
+    void dropSpentBody();
     void sendDuePart();
     void sendNextPart();
     void sendPart(const QByteArray &part);

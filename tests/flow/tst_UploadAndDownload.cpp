@@ -122,6 +122,7 @@ private Q_SLOTS:
     void missingFolderFinishesAtOnce();
     void emptyBucketIsDownloadedAtOnce();
     void twoUploadsAtOnceShareOneFlag();
+    void twoFacadesDoNotMixTheirParts();
     void uploadAndDownloadAtOnce();
     void pathsMayEndWithASeparator();
     void memoryDoesNotGrowWithTheFile();
@@ -537,6 +538,25 @@ void tst_UploadAndDownload::twoUploadsAtOnceShareOneFlag()
     QCOMPARE(names.mid(names.size() - 2), QByteArrayList({ "uploadFinished", "anyUploadActiveChanged" }));
     QCOMPARE(names.count("anyUploadActiveChanged"), 2);
     QTRY_VERIFY(!session->api().anyUploadActive());
+}
+
+// Parts are read into memory that all uploads of a worker share, and each facade has a worker of its own.
+void tst_UploadAndDownload::twoFacadesDoNotMixTheirParts()
+{
+    Session other;
+    QVERIFY(other.logIn());
+    const QString otherId = id + QLatin1Char('b');
+    QVERIFY(writeFile(local(QStringLiteral("in/")), QStringLiteral("a.bin"), QByteArray(21 * MIB, 'a')));
+    QVERIFY(writeFile(local(QStringLiteral("in/")), QStringLiteral("c.bin"), QByteArray(21 * MIB, 'c')));
+    QVERIFY(writeFile(local(QStringLiteral("other/")), QStringLiteral("b.bin"), QByteArray(21 * MIB, 'b')));
+    session->api().uploadProject(id, id, local(QStringLiteral("in/")), PROJECT_DATE, 2);
+    other->uploadProject(otherId, otherId, local(QStringLiteral("other/")), PROJECT_DATE);
+    QVERIFY(session->signalsSeen().waitFor("uploadFinished", 1, std::chrono::seconds(60)));
+    QVERIFY(other.signalsSeen().waitFor("uploadFinished", 1, std::chrono::seconds(60)));
+    QVERIFY(download(id, local(QStringLiteral("out"))));
+    QVERIFY(download(otherId, local(QStringLiteral("other out"))));
+    QCOMPARE(difference(treeOf(local(QStringLiteral("in"))), treeOf(local(QStringLiteral("out")))), QString());
+    QCOMPARE(difference(treeOf(local(QStringLiteral("other"))), treeOf(local(QStringLiteral("other out")))), QString());
 }
 
 void tst_UploadAndDownload::uploadAndDownloadAtOnce()

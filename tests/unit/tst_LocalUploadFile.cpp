@@ -28,6 +28,7 @@ class tst_LocalUploadFile : public QObject
 
 private Q_SLOTS:
     void keepsWhatItIsGiven();
+    void relativePathNeedNotEndTheAbsoluteOne();
     void extensionDecidesTheKind_data();
     void extensionDecidesTheKind();
     void lettersOfAnExtensionCountInLowerCase();
@@ -47,6 +48,17 @@ void tst_LocalUploadFile::keepsWhatItIsGiven()
     QCOMPARE(file.lastModified(), time);
     QVERIFY(!file.isVideo);
     QVERIFY(!file.isPicture);
+}
+
+void tst_LocalUploadFile::relativePathNeedNotEndTheAbsoluteOne()
+{
+    const LocalUploadFile file(QStringLiteral("/p/a.txt"), QStringLiteral("other/Clip.MPG"), 1);
+    QCOMPARE(file.relativePath(), QStringLiteral("other/Clip.MPG"));
+    QVERIFY(file.isVideo);
+    QCOMPARE(file.remoteKey({}), QStringLiteral("Video/Sec/Clip.MPG"));
+    const LocalUploadFile copy = file;
+    QCOMPARE(copy.relativePath(), QStringLiteral("other/Clip.MPG"));
+    QCOMPARE(LocalUploadFile(QStringLiteral("/p"), QString(), 1).relativePath(), QString());
 }
 
 void tst_LocalUploadFile::extensionDecidesTheKind_data()

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void loopInsideADeliveryHearsOfTheRest();
     void nothingIsDeliveredToAHostThatIsGone();
     void hostMayGoInsideADelivery();
+    void hostMayGoInsideALoopOfADelivery();
     void otherThreadsLoseNothing();
 
 private:
@@ -144,6 +145,22 @@ void tst_SignalMailbox::hostMayGoInsideADelivery()
     post(QStringLiteral("b"));
     QCoreApplication::processEvents();
     QCOMPARE(heard, QStringList{QStringLiteral("a")});
+}
+
+void tst_SignalMailbox::hostMayGoInsideALoopOfADelivery()
+{
+    QEventLoop loop;
+    host->mailbox.post([&] {
+        loop.exec();
+        heard.append(QStringLiteral("end"));
+    });
+    host->mailbox.post([&] {
+        host.reset();
+        loop.quit();
+    });
+    post(QStringLiteral("a"));
+    QCoreApplication::processEvents();
+    QCOMPARE(heard, QStringList{QStringLiteral("end")});
 }
 
 void tst_SignalMailbox::otherThreadsLoseNothing()

@@ -58,6 +58,8 @@ private Q_SLOTS:
     void emptyFileHasNoPart();
     void partIsGoneBeforeTheNextIsRead();
     void spentBodyIsHandedOnOnce();
+    void bodyInFlightIsNotHandedOn();
+    void pauseKeepsNoSpentBody();
     void filesInFlightDoNotMixTheirParts();
 
     void firstMarkerDecides_data();
@@ -324,15 +326,34 @@ void tst_UploadFileMultiPartRequestHandle::partIsGoneBeforeTheNextIsRead()
 
 void tst_UploadFileMultiPartRequestHandle::spentBodyIsHandedOnOnce()
 {
+    makeHandle(2 * PART);
+    QList<QByteArray> spent;
+    handle->disconnect(this); // whoever builds the next body asks before it is sent
+    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, handle.get(),
+            [&] { spent << handle->takeSpentBody() << handle->takeSpentBody(); });
+    follow(access, serverRoot);
+    perform(QStringLiteral("io"));
+    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 4194304"));
+    QCOMPARE(spent.mid(2), QList<QByteArray>({QByteArray("part 1"), QByteArray()}));
+}
+
+void tst_UploadFileMultiPartRequestHandle::bodyInFlightIsNotHandedOn()
+{
     makeHandle(PART + 1);
     perform(QStringLiteral("i"));
-    QByteArray spent;
-    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, handle.get(),
-            [&] { spent = handle->takeSpentBody(); });
-    perform(QStringLiteral("o"));
-    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
-    QCOMPARE(spent, QByteArray("part 2")); // heard of after the body of that part has been handed over
     QCOMPARE(handle->takeSpentBody(), QByteArray());
+    perform(QStringLiteral("f"));
+    QCOMPARE(network->sent().last().body, QByteArray("part 1"));
+}
+
+void tst_UploadFileMultiPartRequestHandle::pauseKeepsNoSpentBody()
+{
+    makeHandle(PART + 1);
+    perform(QStringLiteral("iPo"));
+    QVERIFY(!handle->isInFlight());
+    QCOMPARE(handle->takeSpentBody(), QByteArray());
+    perform(QStringLiteral("R"));
+    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
 }
 
 // One buffer serves them all: whoever keeps a part must not find another file's in it.

@@ -1,4 +1,5 @@
 #include "handles/UploadFileDescriptor.h"
+#include "request/PartRequestBody.h"
 #include "request/RequestBodies.h"
 
 #include <QtTest/QtTest>
@@ -36,7 +37,10 @@ void bench_Bodies::part()
     const QByteArray bytes = content(PART_BYTES);
     QBENCHMARK
     {
-        RequestBodies::uploadPart(QStringLiteral("0123456789abcdef"), bytes, 7);
+        PartRequestBody body;
+        body.begin(bytes.size(), QByteArray());
+        body.add(bytes);
+        body.finish(QStringLiteral("0123456789abcdef"), 7);
     }
 }
 

@@ -4,7 +4,8 @@
 #include "handles/NetworkOutcome.h"
 
 #include <QtCore/QPointer>
-#include <QtCore/QWeakPointer>
+
+#include <utility>
 
 namespace Korvo::Web {
 
@@ -12,32 +13,16 @@ namespace {
 
 constexpr int PART_BYTES = 4 * 1024 * 1024;
 
+// Reading and encoding so much takes well below a millisecond. A multiple of three, so that the Base64 of a slice ends
+// without padding.
+constexpr int SLICE_BYTES = 384 * 1024;
+static_assert(SLICE_BYTES % 3 == 0);
+
 // The root elements of the answers tell which step was answered.
 const QString INIT_MARKER = QStringLiteral("InitMultipartUploadResponse");
 const QString PART_MARKER = QStringLiteral("PutMultipartUploadResponse");
 const QString ABORT_MARKER = QStringLiteral("AbortMultipartUploadResponse");
 const QString COMPLETE_MARKER = QStringLiteral("CompleteMultipartUploadResponse");
-
-// A part is read and encoded in one go, so one buffer does for all files that a thread has in flight. It goes with the
-// last of them.
-QSharedPointer<QByteArray> sharedPartBuffer()
-{
-    static thread_local QWeakPointer<QByteArray> shared;
-    QSharedPointer<QByteArray> buffer = shared.toStrongRef();
-    if (!buffer) {
-        buffer.reset(new QByteArray);
-        buffer->reserve(PART_BYTES);
-        shared = buffer;
-    }
-    return buffer;
-}
-
-/// Reads the next part into @p buffer; empty when nothing can be read.
-void readPart(QFile &file, QByteArray &buffer)
-{
-    buffer.resize(PART_BYTES);
-    buffer.resize(int(qMax(file.read(buffer.data(), PART_BYTES), qint64(0))));
-}
 
 } // namespace
 
@@ -45,7 +30,7 @@ UploadFileMultiPartRequestHandle::UploadFileMultiPartRequestHandle(const UploadF
                                                                    QObject *parent)
     : AbstractUploadFileRequestHandle(uploadFile, parent)
     , file(uploadFile.localFilePath)
-    , partBuffer(sharedPartBuffer())
+    , partBuffer(PartBuffer::ofThisThread())
     , startTime(QDateTime::currentDateTimeUtc())
 {
     if (file.open(QIODevice::ReadOnly)) {
@@ -57,9 +42,15 @@ UploadFileMultiPartRequestHandle::UploadFileMultiPartRequestHandle(const UploadF
     Q_EMIT errorOccurred(Error::FileOpen);
 }
 
+UploadFileMultiPartRequestHandle::~UploadFileMultiPartRequestHandle()
+{
+    partBuffer->leave(this);
+}
+
 void UploadFileMultiPartRequestHandle::pause()
 {
     uploadPaused = true;
+    stopReading();
     dropSpentBody();
 }
 
@@ -68,12 +59,17 @@ void UploadFileMultiPartRequestHandle::dropSpentBody()
 {
     if (uploadPaused && nextPartDue)
         requestBody.clear();
+    if (uploadPaused)
+        partBuffer->dropBodies();
 }
 
 void UploadFileMultiPartRequestHandle::resume()
 {
     uploadPaused = false;
-    sendDuePart();
+    const QPointer<UploadFileMultiPartRequestHandle> self(this);
+    beginDuePart();
+    if (self)
+        readToItsEnd();
 }
 
 void UploadFileMultiPartRequestHandle::abort()
@@ -82,6 +78,7 @@ void UploadFileMultiPartRequestHandle::abort()
         return;
     multipartState = Aborted; // first: the reply finishes inside its abort
     nextPartDue = false;
+    stopReading();
     interrupting = true;
     RequestHandle::abort();
     interrupting = false;
@@ -130,43 +127,115 @@ void UploadFileMultiPartRequestHandle::handleEnding(const QString &data)
 }
 
 // The next part waits for the event loop: by then the reply is gone and has let go of the body that it carried, so that
-// the next body can take the place of this one and two of them never stand in memory at once.
+// the next body can take the place of this one and two of them never stand in memory at once. Meanwhile the upload may
+// have been paused, aborted, or paused and resumed.
 void UploadFileMultiPartRequestHandle::scheduleNextPart()
 {
     disposeOf(reply); // first: the loop takes up both in this order
     nextPartDue = true;
     dropSpentBody();
-    QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::sendDuePart, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::beginDuePart, Qt::QueuedConnection);
 }
 
-// Meanwhile the upload may have been paused, aborted, or paused and resumed.
-void UploadFileMultiPartRequestHandle::sendDuePart()
+// A file that has shrunk meanwhile ends too soon.
+void UploadFileMultiPartRequestHandle::beginDuePart()
 {
-    if (nextPartDue && !uploadPaused && !isInFlight())
-        sendNextPart();
-}
-
-void UploadFileMultiPartRequestHandle::sendNextPart()
-{
-    nextPartDue = false;
-    if (file.atEnd()) {
-        // A file that has shrunk meanwhile ends too soon.
-        if (file.pos() < totalFileBytes)
-            failRead();
-        else
-            Q_EMIT finishUpload(uploadId, descriptor.projectFolderName);
+    if (!nextPartDue || reading || uploadPaused || isInFlight())
+        return;
+    const bool isSought = file.seek(partStart);
+    if (isSought && !file.atEnd()) {
+        beginReading();
         return;
     }
-    readPart(file, *partBuffer);
-    if (partBuffer->isEmpty())
-        failRead();
+    nextPartDue = false;
+    partBuffer->keepBody(takeSpentBody());
+    if (isSought && partStart >= totalFileBytes)
+        Q_EMIT finishUpload(uploadId, descriptor.projectFolderName);
     else
-        sendPart(*partBuffer);
+        failRead();
 }
 
-void UploadFileMultiPartRequestHandle::sendPart(const QByteArray &part)
+void UploadFileMultiPartRequestHandle::beginReading()
 {
+    if (!partBuffer->takeFor(this, [this] { beginDuePart(); }))
+        return;
+    reading = true;
+    partBuffer->bytes.reserve(PART_BYTES);
+    if (partBody)
+        partBody->begin(expectedPartBytes(), takeSpentBody());
+    scheduleReading();
+}
+
+// Of the part before, or of another file.
+QByteArray UploadFileMultiPartRequestHandle::takeSpentBody()
+{
+    const QByteArray own = partStart > 0 ? std::exchange(requestBody, QByteArray()) : QByteArray();
+    return own.isEmpty() ? partBuffer->takeBody() : own;
+}
+
+int UploadFileMultiPartRequestHandle::expectedPartBytes() const
+{
+    return int(qBound(qint64(0), totalFileBytes - partStart, qint64(PART_BYTES)));
+}
+
+void UploadFileMultiPartRequestHandle::scheduleReading()
+{
+    QMetaObject::invokeMethod(this, &UploadFileMultiPartRequestHandle::readOn, Qt::QueuedConnection);
+}
+
+void UploadFileMultiPartRequestHandle::readOn()
+{
+    if (!reading)
+        return;
+    if (readSlice())
+        scheduleReading();
+    else
+        sendPart();
+}
+
+void UploadFileMultiPartRequestHandle::readToItsEnd()
+{
+    if (!reading)
+        return;
+    while (readSlice()) { }
+    sendPart();
+}
+
+/// @return whether there may be more of the part
+bool UploadFileMultiPartRequestHandle::readSlice()
+{
+    QByteArray &bytes = partBuffer->bytes;
+    const int start = bytes.size();
+    const int wanted = qMin(SLICE_BYTES, PART_BYTES - start);
+    bytes.resize(start + wanted);
+    const int read = int(qMax(file.read(bytes.data() + start, wanted), qint64(0)));
+    bytes.resize(start + read);
+    if (partBody && read > 0)
+        partBody->add(QByteArray::fromRawData(bytes.constData() + start, read));
+    return read == wanted && bytes.size() < PART_BYTES;
+}
+
+// The part stays due, and is read again from its start.
+void UploadFileMultiPartRequestHandle::stopReading()
+{
+    partBuffer->leave(this);
+    if (std::exchange(reading, false) && partBody)
+        partBody->drop();
+}
+
+void UploadFileMultiPartRequestHandle::sendPart()
+{
+    const QByteArray &part = partBuffer->bytes;
+    nextPartDue = false;
+    if (part.isEmpty()) {
+        stopReading();
+        failRead();
+        return;
+    }
+    reading = false;
+    partBuffer->leave(this); // the next file reads from the event loop, so not before this part has been sent
     lastPartSize = part.size();
+    partStart += lastPartSize;
     stepUploadedSize = 0;
     const qint32 number = partNumber++; // first: the answer may be handled inside the emission
     Q_EMIT uploadNextPart(uploadId, part, number);

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "handles/AbstractUploadFileRequestHandle.h"
+#include "handles/PartBody.h"
+#include "handles/PartBuffer.h"
 #include "handles/TransferResponses.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QSharedPointer>
 
-#include <utility>
+#include <memory>
 
 namespace Korvo::Web {
 
@@ -15,6 +17,9 @@ namespace Korvo::Web {
 ///
 /// One handle serves the whole upload. It reads the file and decides what comes next; its creator sends each follow-up
 /// request when asked by a signal, and installs the new reply here. All steps share one budget of five re-sends.
+///
+/// A part is read in slices, and the event loop gets its turn after each: on a slow disk a part takes long, and every other
+/// transfer and call waits for this thread.
 class UploadFileMultiPartRequestHandle : public AbstractUploadFileRequestHandle
 {
     Q_OBJECT
@@ -22,18 +27,19 @@ class UploadFileMultiPartRequestHandle : public AbstractUploadFileRequestHandle
 public:
     /// Opens the file. When that fails, it is logged and isFileOpen() is false: nothing can be uploaded.
     explicit UploadFileMultiPartRequestHandle(const UploadFileDescriptor &file, QObject *parent = nullptr);
+    ~UploadFileMultiPartRequestHandle() override;
 
     bool isFileOpen() const { return file.isOpen(); }
     /// When the upload was begun, UTC.
     QDateTime begun() const { return startTime; }
 
-    /// The body of the part before, which has been acknowledged: whoever builds the next one can use its memory again.
-    /// Empty while a request is in flight, because that one may have to be sent again.
-    QByteArray takeSpentBody() { return isInFlight() ? QByteArray() : std::exchange(requestBody, QByteArray()); }
+    /// @param body  gets each part slice by slice, before uploadNextPart() asks for it to be sent
+    void setPartBody(std::unique_ptr<PartBody> body) { partBody = std::move(body); }
 
-    /// No further part is read or sent; the one in flight runs to its end.
+    /// No further part is read or sent; the one in flight runs to its end. One that is being read is read again later.
     void pause();
-    /// Goes on with the next part, unless a request of this upload is still on its way: that one carries on by itself.
+    /// Goes on with the next part at once, unless a request of this upload is still on its way: that one carries on by
+    /// itself.
     void resume();
     /// Cuts off the request in flight and asks for the abort request; its answer ends the handle. Has no effect twice.
     void abort() override;
@@ -59,23 +65,33 @@ private:
     void handleEnding(const QString &data);
     void scheduleNextPart();
     void dropSpentBody();
-    void sendDuePart();
-    void sendNextPart();
-    void sendPart(const QByteArray &part);
+    void beginDuePart();
+    void beginReading();
+    int expectedPartBytes() const;
+    QByteArray takeSpentBody();
+    void scheduleReading();
+    void readOn();
+    void readToItsEnd();
+    bool readSlice();
+    void stopReading();
+    void sendPart();
     void failRead();
     void failWith(QNetworkReply::NetworkError error);
     void finish(bool completed);
 
     UploadFileMultiPartFinishedResponse finishedResponse;
     QFile file;
-    const QSharedPointer<QByteArray> partBuffer;
+    const QSharedPointer<PartBuffer> partBuffer;
+    std::unique_ptr<PartBody> partBody;
     QDateTime startTime;
     qint64 lastPartSize = 0;
     qint32 partNumber = 1;
     qint32 multipartState = Starting;
     bool uploadPaused = false;
     QString uploadId;
+    qint64 partStart = 0;      // where in the file the part begins that is due, being read or in flight
     bool nextPartDue = false;  // acknowledged up to here; goes on from the event loop, or when a pause ends
+    bool reading = false;      // the part that is due; the buffer is taken
     bool interrupting = false; // the reply that ends now is the one that abort() cuts off
     bool ended = false;
 };

@@ -11,19 +11,15 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QUrl>
 
-#include <utility>
-
 namespace Korvo::Web::RequestBodies {
 
 namespace {
 
 namespace Xml = Constants::Xml;
 
-NetworkRequestBodyBuilder rooted(const QString &root, const QString &nameSpace, QByteArray spentBody = QByteArray())
+NetworkRequestBodyBuilder rooted(const QString &root, const QString &nameSpace)
 {
-    NetworkRequestBodyBuilder builder;
-    builder.intoMemoryOf(std::move(spentBody)).startElement(root.toUtf8(), nameSpace.toUtf8());
-    return builder;
+    return NetworkRequestBodyBuilder().startElement(root.toUtf8(), nameSpace.toUtf8());
 }
 
 NetworkRequestBodyBuilder webBody(const QString &root)
@@ -191,16 +187,6 @@ QByteArray beginMultiPart(const UploadFileDescriptor &file)
     NetworkRequestBodyBuilder builder = serviceBody(Xml::UPLOAD_MULIT_INIT_REQUEST);
     add(builder, Xml::BUCKET_NAME, file.bucketName);
     add(builder, Xml::OUTPUT_FILE_PATH, file.remoteKey);
-    return builder.generate();
-}
-
-QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber, QByteArray spentBody)
-{
-    NetworkRequestBodyBuilder builder
-        = rooted(Xml::UPLOAD_MULIT_PART_REQUEST, Xml::NAMESPACE_SERVICE, std::move(spentBody));
-    addContent(builder, Xml::INPUT_FILE_PART_ARRAY, part);
-    add(builder, Xml::MULTIPART_UPLOAD_ID, uploadId);
-    add(builder, Xml::PART_NUMBER, QString::number(partNumber));
     return builder.generate();
 }
 

@@ -11,7 +11,8 @@ namespace Korvo::Web {
 
 struct UploadFileDescriptor;
 
-/// The body of every request that carries one. The order of the elements is the order the servers read them in.
+/// The body of every request that carries one; for a part of a file see PartRequestBody. The order of the elements is the
+/// order the servers read them in.
 namespace RequestBodies {
 
 /// What the web server is told at the beginning of an upload.
@@ -42,9 +43,6 @@ QByteArray listFiles(const QString &bucketName, const QString &delimiter, const 
 
 QByteArray uploadFile(const UploadFileDescriptor &file, const QByteArray &content);
 QByteArray beginMultiPart(const UploadFileDescriptor &file);
-/// @param spentBody  of an earlier part, or empty: its memory is used again
-QByteArray uploadPart(const QString &uploadId, const QByteArray &part, int partNumber,
-                      QByteArray spentBody = QByteArray());
 QByteArray completeMultiPart(const QString &uploadId, const QString &projectFolderName);
 QByteArray abortMultiPart(const QString &uploadId);
 QByteArray startTranscoding(const UploadFileDescriptor &file);

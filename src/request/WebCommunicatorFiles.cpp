@@ -5,6 +5,7 @@
 #include "handles/FailureLog.h"
 #include "handles/UploadFileMultiPartRequestHandle.h"
 #include "handles/UploadFileRequestHandle.h"
+#include "request/PartRequestBody.h"
 #include "request/RequestBodies.h"
 #include "request/TlsDemands.h"
 
@@ -16,6 +17,8 @@
 #include <QtNetwork/QNetworkAccessManager>
 #include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QNetworkRequest>
+
+#include <memory>
 
 namespace Korvo::Web {
 
@@ -67,9 +70,10 @@ UploadFileMultiPartRequestHandle *WebCommunicator::uploadFileInParts(const Uploa
         return nullptr;
     auto *const handle = opened.take();
     using Handle = UploadFileMultiPartRequestHandle;
-    connect(handle, &Handle::uploadNextPart, this, [=](const QString &id, const QByteArray &part, int number) {
-        sendStep(handle, Constants::Route::MULTIPART_UPLOAD_UPLOAD,
-                 RequestBodies::uploadPart(id, part, number, handle->takeSpentBody()));
+    auto *const body = new PartRequestBody;
+    handle->setPartBody(std::unique_ptr<PartBody>(body));
+    connect(handle, &Handle::uploadNextPart, this, [=](const QString &id, const QByteArray &, int number) {
+        sendStep(handle, Constants::Route::MULTIPART_UPLOAD_UPLOAD, body->finish(id, number));
     });
     connect(handle, &Handle::finishUpload, this, [=](const QString &id, const QString &folder) {
         sendStep(handle, Constants::Route::MULTIPART_UPLOAD_COMPLETE, RequestBodies::completeMultiPart(id, folder));

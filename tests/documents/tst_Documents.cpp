@@ -2,6 +2,7 @@
 #include "handles/BucketResponses.h"
 #include "handles/ProjectResponses.h"
 #include "handles/UploadFileDescriptor.h"
+#include "request/PartRequestBody.h"
 #include "request/RequestBodies.h"
 #include "request/RequestSignature.h"
 
@@ -27,6 +28,15 @@ const QString BUCKET = QStringLiteral("korvo-com6f1c2f1e-siemensstrae");
 const QString PICTURE = QStringLiteral("Picture/Sec/a.jpg");
 const QString VIDEO = QStringLiteral("Video/Sec/H1.mp4");
 const QString MULTIPART_ID = QStringLiteral("e534f9d6d348141b4a391e412e35e769");
+
+QByteArray partBody()
+{
+    const QByteArray content(30, 'v');
+    PartRequestBody body;
+    body.begin(content.size(), QByteArray());
+    body.add(content);
+    return body.finish(MULTIPART_ID, 1);
+}
 
 QString textOf(const QString &path)
 {
@@ -288,7 +298,7 @@ void tst_Documents::everyBodyIsShownAsItIsSent_data()
     QTest::newRow("clean up") << RequestBodies::cleanUpVersions(BUCKET, PICTURE, 1);
     QTest::newRow("file in one piece") << RequestBodies::uploadFile(picture, "JPEG");
     QTest::newRow("begin of a large file") << RequestBodies::beginMultiPart(video);
-    QTest::newRow("part") << RequestBodies::uploadPart(MULTIPART_ID, QByteArray(30, 'v'), 1);
+    QTest::newRow("part") << partBody();
     QTest::newRow("end of a large file") << RequestBodies::completeMultiPart(MULTIPART_ID, QString());
     QTest::newRow("large file given up") << RequestBodies::abortMultiPart(
         QStringLiteral("db87a026982a91cb257b0c99d33c5afb"));

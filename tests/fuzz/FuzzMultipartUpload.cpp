@@ -28,6 +28,7 @@ constexpr int PART = 4 * 1024 * 1024;
 constexpr int MOST_PARTS = 2;
 constexpr int RESENDS = 5;
 constexpr int MOST_STEPS = 200;
+constexpr int TURNS_A_PART = 20; // of the event loop, at most; the next part waits for it, and is read in slices
 
 /// Content that repeats nowhere near.
 const QByteArray &content()
@@ -270,7 +271,8 @@ void runTarget(const QByteArray &input)
     Upload upload(fileSizeFrom(lines.first()));
     for (int i = 1; i < std::min(lines.size(), MOST_STEPS); ++i) {
         upload.perform(lines.at(i));
-        QCoreApplication::sendPostedEvents(); // the next part waits for the event loop
+        for (int turn = 0; turn < TURNS_A_PART; ++turn)
+            QCoreApplication::sendPostedEvents();
         upload.check();
     }
 }

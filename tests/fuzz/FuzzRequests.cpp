@@ -6,6 +6,7 @@
 #include "handles/UploadFileDescriptor.h"
 #include "request/RequestBodies.h"
 #include "request/WebCommunicator.h"
+#include "support/PartBodies.h"
 
 #include <NQKorvoWeb/NetworkRequestBodyBuilder.h>
 #include <NQKorvoWeb/NetworkRequestBuilder.h>
@@ -196,7 +197,7 @@ void checkBodies(const QString &text)
             "clean up");
     require(leafTexts(Bodies::listFiles(text, text, {text, text})) == QStringList({text, text, text, text}), "listing");
     require(leafTexts(Bodies::uploadFile(file, content)) == QStringList({text, encoded, text, text}), "file");
-    require(leafTexts(Bodies::uploadPart(text, content, 7)) == QStringList({encoded, text, QStringLiteral("7")}),
+    require(leafTexts(TestSupport::partBody(content, text, 7)) == QStringList({encoded, text, QStringLiteral("7")}),
             "part");
     require(leafTexts(Bodies::completeMultiPart(text, text)) == QStringList({text, text}), "completion");
     require(leafTexts(Bodies::resetPassword(text)) == QStringList(text), "password reset");

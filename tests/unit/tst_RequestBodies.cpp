@@ -2,11 +2,13 @@
 
 #include "handles/UploadFileDescriptor.h"
 #include "request/WebCommunicator.h"
+#include "support/PartBodies.h"
 
 #include <QtCore/QTimeZone>
 #include <QtTest/QtTest>
 
 using namespace Korvo::Web;
+using namespace Korvo::Web::TestSupport;
 
 namespace {
 
@@ -260,7 +262,7 @@ void tst_RequestBodies::contentIsBase64()
     QFETCH(QByteArray, text);
     const QByteArray file = RequestBodies::uploadFile(sampleFile(), content);
     QVERIFY2(file.contains("<InputFileArray>" + text + "</InputFileArray>"), file.constData());
-    const QByteArray part = RequestBodies::uploadPart(QStringLiteral("id"), content, 1);
+    const QByteArray part = partBody(content, QStringLiteral("id"), 1);
     QVERIFY2(part.contains("<InputFilePartArray>" + text + "</InputFilePartArray>"), part.constData());
 }
 
@@ -273,9 +275,11 @@ void tst_RequestBodies::beginMultiPart()
 
 void tst_RequestBodies::uploadPart()
 {
-    QCOMPARE(RequestBodies::uploadPart(QStringLiteral("upload-7"), "part", 10),
-             "<PutMultipartUploadRequest " + SERVICE + "><InputFilePartArray>cGFydA==</InputFilePartArray>"
-             "<MultipartUploadId>upload-7</MultipartUploadId><PartNumber>10</PartNumber></PutMultipartUploadRequest>");
+    QCOMPARE(
+        partBody("part", QStringLiteral("upload-7"), 10),
+        "<PutMultipartUploadRequest " + SERVICE
+            + "><InputFilePartArray>cGFydA==</InputFilePartArray>"
+              "<MultipartUploadId>upload-7</MultipartUploadId><PartNumber>10</PartNumber></PutMultipartUploadRequest>");
 }
 
 void tst_RequestBodies::completeMultiPart()

@@ -10,6 +10,7 @@
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
 
+#include <functional>
 #include <memory>
 
 using namespace Korvo::Web;
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int MEBIBYTE = 1024 * 1024;
 constexpr int PART = 4 * MEBIBYTE;
+constexpr int TURNS_A_PART = 20; // of the event loop, at most; a part is read in slices, with one in between
 
 const QByteArray INIT_ANSWER
     = "<InitMultipartUploadResponse><MultipartUploadId>id-7</MultipartUploadId></InitMultipartUploadResponse>";
@@ -37,6 +39,45 @@ QByteArray sampleContent(int size)
     }();
     return longest.left(size);
 }
+
+// What a part body has been told. Its owner, the handle, may be gone by then.
+struct PartRecord
+{
+    QStringList calls; // slices by their length
+    QList<QByteArray> spent;
+    QByteArray content;
+    std::function<void()> atSlice; // runs inside each
+};
+
+class RecordingPartBody : public PartBody
+{
+public:
+    explicit RecordingPartBody(PartRecord *usedRecord)
+        : record(usedRecord)
+    {
+    }
+
+    void begin(int expectedBytes, QByteArray spent) override
+    {
+        record->calls.append(QStringLiteral("begin %1").arg(expectedBytes));
+        record->spent.append(spent);
+        record->content.clear();
+    }
+
+    void add(const QByteArray &bytes) override
+    {
+        record->calls.append(QString::number(bytes.size()));
+        record->content += bytes;
+        const auto atSlice = record->atSlice; // a copy: it may replace itself
+        if (atSlice)
+            atSlice();
+    }
+
+    void drop() override { record->calls.append(QStringLiteral("drop")); }
+
+private:
+    PartRecord *record;
+};
 
 } // namespace
 
@@ -57,10 +98,25 @@ private Q_SLOTS:
     void partsTogetherAreTheFile();
     void emptyFileHasNoPart();
     void partIsGoneBeforeTheNextIsRead();
-    void spentBodyIsHandedOnOnce();
+    void spentBodyIsHandedOn();
+    void bodyOfAFileThatEndsServesTheNext_data();
+    void bodyOfAFileThatEndsServesTheNext();
+    void noBodyOutlivesTheLastFile();
     void bodyInFlightIsNotHandedOn();
     void pauseKeepsNoSpentBody();
     void filesInFlightDoNotMixTheirParts();
+
+    void partIsReadInSlices();
+    void resumeReadsInOneGo();
+    void pauseAmidAPart_data();
+    void pauseAmidAPart();
+    void abortAmidAPart();
+    void fileThatShrinksAmidAPart();
+    void filesReadOneAfterTheOther();
+    void fileThatEndsAmidAPartLetsTheNextRead_data();
+    void fileThatEndsAmidAPartLetsTheNextRead();
+    void pausedFileDoesNotKeepTheNextFromReading();
+    void resumeWaitsForItsTurn();
 
     void firstMarkerDecides_data();
     void firstMarkerDecides();
@@ -108,6 +164,9 @@ private:
     void perform(const QString &steps);
     void performStep(QChar step);
     void letGoOn();
+    static void letAllGoOn();
+    std::unique_ptr<UploadFileMultiPartRequestHandle> otherFile(int bytes) const;
+    static void begin(UploadFileMultiPartRequestHandle &file);
     FakeReply *reply() { return static_cast<FakeNetwork *>(access)->last(); }
     QString localPath() const { return folder.filePath(QStringLiteral("video ü.mp4")); }
 
@@ -214,8 +273,31 @@ void tst_UploadFileMultiPartRequestHandle::perform(const QString &steps)
 // A part is asked for once the event loop has let go of the one before.
 void tst_UploadFileMultiPartRequestHandle::letGoOn()
 {
-    if (handle)
+    for (int turn = 0; handle && turn < TURNS_A_PART; ++turn)
         QCoreApplication::sendPostedEvents(handle.get(), QEvent::MetaCall);
+}
+
+void tst_UploadFileMultiPartRequestHandle::letAllGoOn()
+{
+    for (int turn = 0; turn < 3 * TURNS_A_PART; ++turn)
+        QCoreApplication::sendPostedEvents();
+}
+
+// A file of nothing but "o".
+std::unique_ptr<UploadFileMultiPartRequestHandle> tst_UploadFileMultiPartRequestHandle::otherFile(int bytes) const
+{
+    QFile file(folder.filePath(QStringLiteral("other.mp4")));
+    if (file.open(QIODevice::WriteOnly))
+        file.write(QByteArray(bytes, 'o'));
+    return std::make_unique<UploadFileMultiPartRequestHandle>(
+        UploadFileDescriptor{QString(), file.fileName(), QString(), QString(), true});
+}
+
+void tst_UploadFileMultiPartRequestHandle::begin(UploadFileMultiPartRequestHandle &file)
+{
+    auto *const answer = new FakeReply;
+    file.setReply(answer);
+    answer->finish(INIT_ANSWER);
 }
 
 void tst_UploadFileMultiPartRequestHandle::performStep(QChar step)
@@ -324,60 +406,309 @@ void tst_UploadFileMultiPartRequestHandle::partIsGoneBeforeTheNextIsRead()
     QVERIFY(isGone);
 }
 
-void tst_UploadFileMultiPartRequestHandle::spentBodyIsHandedOnOnce()
+void tst_UploadFileMultiPartRequestHandle::spentBodyIsHandedOn()
 {
     makeHandle(2 * PART);
-    QList<QByteArray> spent;
-    handle->disconnect(this); // whoever builds the next body asks before it is sent
-    connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, handle.get(),
-            [&] { spent << handle->takeSpentBody() << handle->takeSpentBody(); });
-    follow(access, serverRoot);
-    perform(QStringLiteral("io"));
-    QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 4194304"));
-    QCOMPARE(spent.mid(2), QList<QByteArray>({QByteArray("part 1"), QByteArray()}));
+    PartRecord record;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("ioo"));
+    QCOMPARE(events.last(), QStringLiteral("complete id-7 folder"));
+    QCOMPARE(record.spent, QList<QByteArray>({QByteArray(), "part 1"}));
+    handle.reset();
+}
+
+// The system takes long to hand out memory and to take it back.
+void tst_UploadFileMultiPartRequestHandle::bodyOfAFileThatEndsServesTheNext_data()
+{
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<QByteArray>("spent");
+    QTest::newRow("completed") << QStringLiteral("io") << QByteArray("part 1");
+    QTest::newRow("paused since") << QStringLiteral("ioP") << QByteArray();
+    QTest::newRow("in flight") << QStringLiteral("i") << QByteArray();
+    QTest::newRow("held back by a pause") << QStringLiteral("iPo") << QByteArray();
+}
+
+void tst_UploadFileMultiPartRequestHandle::bodyOfAFileThatEndsServesTheNext()
+{
+    QFETCH(QString, steps);
+    QFETCH(QByteArray, spent);
+    makeHandle(PART);
+    perform(steps);
+    PartRecord record;
+    const auto second = otherFile(PART);
+    second->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    begin(*second);
+    letAllGoOn();
+    QCOMPARE(record.spent, QList<QByteArray>{spent});
+}
+
+// No memory is kept for files that are not there.
+void tst_UploadFileMultiPartRequestHandle::noBodyOutlivesTheLastFile()
+{
+    makeHandle(PART);
+    perform(QStringLiteral("ioc"));
+    handle.reset();
+    PartRecord record;
+    const auto second = otherFile(PART);
+    second->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    begin(*second);
+    letAllGoOn();
+    QCOMPARE(record.spent, QList<QByteArray>{QByteArray()});
 }
 
 void tst_UploadFileMultiPartRequestHandle::bodyInFlightIsNotHandedOn()
 {
     makeHandle(PART + 1);
-    perform(QStringLiteral("i"));
-    QCOMPARE(handle->takeSpentBody(), QByteArray());
-    perform(QStringLiteral("f"));
+    PartRecord record;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("iPRRf"));
+    QCOMPARE(record.spent, QList<QByteArray>{QByteArray()});
     QCOMPARE(network->sent().last().body, QByteArray("part 1"));
+    handle.reset();
 }
 
 void tst_UploadFileMultiPartRequestHandle::pauseKeepsNoSpentBody()
 {
     makeHandle(PART + 1);
-    perform(QStringLiteral("iPo"));
-    QVERIFY(!handle->isInFlight());
-    QCOMPARE(handle->takeSpentBody(), QByteArray());
-    perform(QStringLiteral("R"));
+    PartRecord record;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("iPoR"));
     QCOMPARE(events.last(), QStringLiteral("part 2 of id-7: 1"));
+    QCOMPARE(record.spent, QList<QByteArray>({QByteArray(), QByteArray()}));
+    handle.reset();
 }
 
 // One buffer serves them all: whoever keeps a part must not find another file's in it.
 void tst_UploadFileMultiPartRequestHandle::filesInFlightDoNotMixTheirParts()
 {
     makeHandle(PART + 1);
-    const QString otherPath = folder.filePath(QStringLiteral("other.mp4"));
-    QFile other(otherPath);
-    QVERIFY(other.open(QIODevice::WriteOnly));
-    QCOMPARE(other.write(QByteArray(PART + 1, 'o')), qint64(PART + 1));
-    other.close();
-    UploadFileMultiPartRequestHandle second({QString(), otherPath, QString(), QString(), true});
+    const auto second = otherFile(PART + 1);
     QList<QByteArray> kept;
     const auto keep = [&](const QString &, const QByteArray &part) { kept.append(part); };
     connect(handle.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, this, keep);
-    connect(&second, &UploadFileMultiPartRequestHandle::uploadNextPart, this, keep);
-    auto *const firstAnswer = new FakeReply;
-    second.setReply(firstAnswer);
-    firstAnswer->finish("<InitMultipartUploadResponse><MultipartUploadId>2</MultipartUploadId></InitMultipartUploadResponse>");
-    perform(QStringLiteral("i"));
+    connect(second.get(), &UploadFileMultiPartRequestHandle::uploadNextPart, this, keep);
+    begin(*second);
+    performStep(QLatin1Char('i'));
     QTRY_COMPARE(kept.size(), 2);
-    const int own = kept.first().startsWith('o') ? 1 : 0;
-    QVERIFY(kept.at(own) == content.left(PART));
-    QVERIFY(kept.at(1 - own) == QByteArray(PART, 'o'));
+    QVERIFY(kept.at(0) == QByteArray(PART, 'o'));
+    QVERIFY(kept.at(1) == content.left(PART));
+}
+
+// The thread has other things to do meanwhile.
+void tst_UploadFileMultiPartRequestHandle::partIsReadInSlices()
+{
+    makeHandle(PART + 7);
+    PartRecord record;
+    QObject other;
+    int turns = 0;
+    int turnsBetweenSlices = 0;
+    record.atSlice = [&] {
+        turnsBetweenSlices = turns;
+        QMetaObject::invokeMethod(
+            &other, [&turns] { ++turns; }, Qt::QueuedConnection);
+    };
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    performStep(QLatin1Char('i'));
+    QVERIFY(record.calls.isEmpty());
+    letAllGoOn();
+    QCOMPARE(events, QStringList{QStringLiteral("part 1 of id-7: 4194304")});
+    QVERIFY(record.content == content.left(PART));
+    QCOMPARE(record.calls.takeFirst(), QStringLiteral("begin 4194304"));
+    QVERIFY(record.calls.size() >= 8);
+    QCOMPARE(turnsBetweenSlices, record.calls.size() - 1);
+    record.calls.removeLast();
+    for (const QString &length : qAsConst(record.calls))
+        QVERIFY2(length.toInt() % 3 == 0, qPrintable(length)); // its Base64 goes on without padding
+    record.calls.clear();
+    performStep(QLatin1Char('o'));
+    letAllGoOn();
+    QCOMPARE(record.calls, QStringList({QStringLiteral("begin 7"), QStringLiteral("7")}));
+    handle.reset();
+}
+
+void tst_UploadFileMultiPartRequestHandle::resumeReadsInOneGo()
+{
+    makeHandle(PART);
+    PartRecord record;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("Pi"));
+    QVERIFY(record.calls.isEmpty());
+    performStep(QLatin1Char('R'));
+    QCOMPARE(events, QStringList{QStringLiteral("part 1 of id-7: 4194304")});
+    QVERIFY(record.content == content);
+    handle.reset();
+}
+
+void tst_UploadFileMultiPartRequestHandle::pauseAmidAPart_data()
+{
+    QTest::addColumn<int>("slice");
+    QTest::addColumn<QString>("stepsMeanwhile");
+    for (const int slice : {1, 2, 5, 10}) {
+        QTest::addRow("after slice %d", slice) << slice << QString();
+        QTest::addRow("after slice %d, twice", slice) << slice << QStringLiteral("PP");
+        QTest::addRow("after slice %d, resumed twice", slice) << slice << QStringLiteral("RR");
+    }
+}
+
+// It is read again from its start, and nothing of it is sent or kept before.
+void tst_UploadFileMultiPartRequestHandle::pauseAmidAPart()
+{
+    QFETCH(int, slice);
+    QFETCH(QString, stepsMeanwhile);
+    makeHandle(2 * PART);
+    perform(QStringLiteral("i"));
+    events.clear();
+    PartRecord record;
+    int slices = 0;
+    record.atSlice = [&] {
+        if (++slices == slice)
+            QMetaObject::invokeMethod(
+                handle.get(), [this] { handle->pause(); }, Qt::QueuedConnection);
+    };
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("o"));
+    QCOMPARE(slices, slice);
+    QCOMPARE(record.calls.last(), QStringLiteral("drop"));
+    QCOMPARE(events, QStringList());
+    perform(stepsMeanwhile + QLatin1Char('R'));
+    QCOMPARE(events, QStringList{QStringLiteral("part 2 of id-7: 4194304")});
+    QVERIFY(record.content == content.mid(PART));
+    perform(QStringLiteral("oc"));
+    QCOMPARE(events.last(), QStringLiteral("finished whole 0"));
+    QVERIFY(uploadedContent == content);
+    handle.reset();
+}
+
+void tst_UploadFileMultiPartRequestHandle::abortAmidAPart()
+{
+    makeHandle(PART);
+    PartRecord record;
+    record.atSlice = [&] {
+        QMetaObject::invokeMethod(
+            handle.get(), [this] { handle->abort(); }, Qt::QueuedConnection);
+    };
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("i"));
+    QCOMPARE(record.calls.last(), QStringLiteral("drop"));
+    QCOMPARE(record.calls.size(), 3);
+    perform(QStringLiteral("Ra"));
+    QCOMPARE(events, QStringList({QStringLiteral("abort id-7"), QStringLiteral("finished not 0")}));
+    handle.reset();
+}
+
+// What has been read of the part is sent; that the rest is missing shows afterwards.
+void tst_UploadFileMultiPartRequestHandle::fileThatShrinksAmidAPart()
+{
+    makeHandle(PART);
+    PartRecord record;
+    record.atSlice = [&] { QVERIFY(QFile::resize(localPath(), 10)); };
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    perform(QStringLiteral("i"));
+    QCOMPARE(events.size(), 1);
+    QVERIFY(content.startsWith(record.content));
+    QVERIFY(record.content.size() < PART);
+    perform(QStringLiteral("o"));
+    QCOMPARE(events.mid(1), QStringList({QStringLiteral("abort id-7"), QStringLiteral("failed 6")}));
+    handle.reset();
+}
+
+// Two at once would need the memory of two parts.
+void tst_UploadFileMultiPartRequestHandle::filesReadOneAfterTheOther()
+{
+    makeHandle(PART);
+    const auto second = otherFile(PART);
+    QStringList slices;
+    PartRecord record;
+    record.atSlice = [&slices] { slices.append(QStringLiteral("own")); };
+    PartRecord otherRecord;
+    otherRecord.atSlice = [&slices] { slices.append(QStringLiteral("other")); };
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    second->setPartBody(std::make_unique<RecordingPartBody>(&otherRecord));
+    performStep(QLatin1Char('i'));
+    begin(*second);
+    letAllGoOn();
+    QVERIFY(record.content == content);
+    QVERIFY(otherRecord.content == QByteArray(PART, 'o'));
+    QCOMPARE(slices.lastIndexOf(QStringLiteral("own")) + 1, slices.indexOf(QStringLiteral("other")));
+    handle.reset();
+}
+
+void tst_UploadFileMultiPartRequestHandle::fileThatEndsAmidAPartLetsTheNextRead_data()
+{
+    QTest::addColumn<QString>("step");
+    QTest::newRow("paused") << QStringLiteral("P");
+    QTest::newRow("aborted") << QStringLiteral("A");
+    QTest::newRow("gone") << QString();
+}
+
+void tst_UploadFileMultiPartRequestHandle::fileThatEndsAmidAPartLetsTheNextRead()
+{
+    QFETCH(QString, step);
+    makeHandle(PART);
+    const auto second = otherFile(PART);
+    PartRecord record;
+    record.atSlice = [&] {
+        record.atSlice = nullptr;
+        QMetaObject::invokeMethod(
+            this,
+            [=] {
+                if (step.isEmpty())
+                    handle.reset();
+                else
+                    performStep(step.at(0));
+            },
+            Qt::QueuedConnection);
+    };
+    PartRecord otherRecord;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    second->setPartBody(std::make_unique<RecordingPartBody>(&otherRecord));
+    performStep(QLatin1Char('i'));
+    begin(*second);
+    letAllGoOn();
+    QCOMPARE(events.filter(QStringLiteral("part")), QStringList());
+    QVERIFY(otherRecord.content == QByteArray(PART, 'o'));
+    handle.reset();
+}
+
+// It has given up its turn by the time it comes.
+void tst_UploadFileMultiPartRequestHandle::pausedFileDoesNotKeepTheNextFromReading()
+{
+    makeHandle(PART);
+    const auto second = otherFile(PART);
+    const auto third = otherFile(PART);
+    PartRecord record;
+    record.atSlice = [&] { second->pause(); };
+    PartRecord thirdRecord;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    third->setPartBody(std::make_unique<RecordingPartBody>(&thirdRecord));
+    performStep(QLatin1Char('i'));
+    begin(*second);
+    begin(*third);
+    letAllGoOn();
+    QVERIFY(record.content == content);
+    QVERIFY(thirdRecord.content == QByteArray(PART, 'o'));
+    handle.reset();
+}
+
+void tst_UploadFileMultiPartRequestHandle::resumeWaitsForItsTurn()
+{
+    makeHandle(PART);
+    const auto second = otherFile(PART);
+    PartRecord record;
+    record.atSlice = [&] {
+        record.atSlice = nullptr;
+        second->resume();
+    };
+    PartRecord otherRecord;
+    handle->setPartBody(std::make_unique<RecordingPartBody>(&record));
+    second->setPartBody(std::make_unique<RecordingPartBody>(&otherRecord));
+    second->pause();
+    begin(*second);
+    performStep(QLatin1Char('i'));
+    letAllGoOn();
+    QVERIFY(record.content == content);
+    QVERIFY(otherRecord.content == QByteArray(PART, 'o'));
+    handle.reset();
 }
 
 void tst_UploadFileMultiPartRequestHandle::firstMarkerDecides_data()

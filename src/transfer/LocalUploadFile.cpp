@@ -30,15 +30,15 @@ QStringRef lastPart(const QStringRef &text, QLatin1Char separator)
 
 } // namespace
 
-LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, const QString &relativeFilePath, quint64 fileSize,
+LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, QStringView relativeFilePath, quint64 fileSize,
                                  const QDateTime &modificationTime)
     : absolutePath(absoluteFilePath)
     , size(fileSize)
-    , relativeLength(relativeFilePath.size())
+    , relativeLength(int(relativeFilePath.size()))
     , knownModificationTime(modificationTime)
 {
-    if (!absolutePath.endsWith(relativeFilePath))
-        otherRelativePath = relativeFilePath;
+    if (!QStringView(absolutePath).endsWith(relativeFilePath))
+        otherRelativePath = relativeFilePath.toString();
     classify();
 }
 

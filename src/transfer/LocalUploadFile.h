@@ -5,6 +5,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QStringRef>
+#include <QtCore/QStringView>
 
 namespace Korvo::Web {
 
@@ -13,7 +14,7 @@ struct LocalUploadFile
 {
     /// @param relativeFilePath  the end of @p absoluteFilePath; any other text has to stand in memory by itself
     /// @param modificationTime  null when it is to be looked up on the disk by whoever asks for it
-    LocalUploadFile(const QString &absoluteFilePath, const QString &relativeFilePath, quint64 fileSize,
+    LocalUploadFile(const QString &absoluteFilePath, QStringView relativeFilePath, quint64 fileSize,
                     const QDateTime &modificationTime = QDateTime());
 
     /// The time given, else what the disk says now. Looked up late: local time is the dearest thing about a file, and a

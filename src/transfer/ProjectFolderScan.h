@@ -6,7 +6,6 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
-#include <QtCore/QVector>
 
 #include <deque>
 #include <vector>
@@ -14,6 +13,8 @@
 class QFileInfo;
 
 namespace Korvo::Web {
+
+struct FolderEntry;
 
 /// Finds the files of a local project folder that are to be uploaded.
 class ProjectFolderScan
@@ -25,7 +26,7 @@ public:
     /// Every file to upload, depth first, in the order of the file system. Empty when the folder does not exist.
     std::deque<LocalUploadFile> run();
 
-    /// Folders that run() could not look into: what they hold is not among the files.
+    /// Folders that run() could not look into, or not at everything: what they hold is not, or not all, among the files.
     QStringList unreadableFolders() const { return unreadable; }
 
     /// The file as it is on the disk now.
@@ -35,20 +36,14 @@ private:
     struct Subfolder
     {
         QString path;
-        std::size_t filesBefore; // so many of the folder's own files come before it
-    };
-    struct Content
-    {
-        std::vector<LocalUploadFile> files;
-        QVector<Subfolder> subfolders;
+        std::vector<LocalUploadFile> filesBehind; // up to the next subfolder
     };
 
     void scan(const QString &folder);
-    void take(Content &content, std::size_t from, std::size_t to);
-    Content contentOf(const QString &absoluteFolder) const;
-    bool isLeftOut(const QString &path, const QFileInfo &file) const;
-    bool isKnownProjectFile(const QFileInfo &file) const;
-    QString relativePath(const QString &absolutePath) const;
+    LocalUploadFile describe(const FolderEntry &file) const;
+    bool isLeftOut(const FolderEntry &file) const;
+    bool isKnownProjectFile(const FolderEntry &file) const;
+    QStringRef relativePart(const QString &absolutePath) const;
 
     const QString root;
     const QString rootWithSlashes;

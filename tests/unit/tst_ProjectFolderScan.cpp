@@ -3,10 +3,16 @@
 #include "WithoutPrivileges.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 using namespace Korvo::Web;
 
@@ -36,6 +42,10 @@ private Q_SLOTS:
     void linkedFolderNextToItIsScanned();
     void brokenLinksAreLeftOut();
     void folderThatCannotBeReadIsTold();
+    void fileThatCannotBeNamedIsToldByItsFolder();
+    void folderOfTooLongAPathIsTold();
+    void pipesAreLeftOutAlsoBehindALink();
+    void ownOrderOfTheFileSystemIsKeptAroundSubfolders();
     void secondRunFindsTheSame();
     void deepFoldersAreScanned();
 
@@ -268,6 +278,69 @@ void tst_ProjectFolderScan::folderThatCannotBeReadIsTold()
     QVERIFY(QFile::setPermissions(locked, QFile::Permissions(0x7700)));
     QCOMPARE(int(files.size()), 2);
     QCOMPARE(scan.unreadableFolders(), QStringList{locked});
+}
+
+void tst_ProjectFolderScan::fileThatCannotBeNamedIsToldByItsFolder()
+{
+    write(QStringLiteral("sub/a.txt"));
+    write(QStringLiteral("z.txt"));
+    const QByteArray unnamed = QFile::encodeName(root()) + "/sub/\xff.txt";
+    FILE *const file = fopen(unnamed.constData(), "w");
+    QVERIFY(file);
+    fclose(file);
+    ProjectFolderScan scan(root(), {});
+    const auto files = scan.run();
+    QVERIFY(unlink(unnamed.constData()) == 0); // QTemporaryDir would not see it
+    QCOMPARE(int(files.size()), 2);
+    QCOMPARE(scan.unreadableFolders(), QStringList{root() + QStringLiteral("/sub")});
+}
+
+void tst_ProjectFolderScan::folderOfTooLongAPathIsTold()
+{
+    constexpr int DEPTH = 20;
+    const QString name(250, QLatin1Char('n'));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(root()));
+    // Step by step: no path may be that long.
+    int made = 0;
+    while (made < DEPTH && mkdir(QFile::encodeName(name).constData(), 0755) == 0
+           && chdir(QFile::encodeName(name).constData()) == 0)
+        ++made;
+    ProjectFolderScan scan(root(), {});
+    const auto files = scan.run();
+    for (int i = 0; i < made; ++i)
+        QVERIFY(chdir("..") == 0 && rmdir(QFile::encodeName(name).constData()) == 0);
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(made, DEPTH);
+    QVERIFY(files.empty());
+    QCOMPARE(scan.unreadableFolders().size(), 1);
+    QVERIFY(scan.unreadableFolders().first().size() > 4000);
+}
+
+void tst_ProjectFolderScan::pipesAreLeftOutAlsoBehindALink()
+{
+    write(QStringLiteral("a.txt"));
+    QVERIFY(mkfifo(QFile::encodeName(root() + QStringLiteral("/pipe.txt")).constData(), 0644) == 0);
+    QVERIFY(QFile::link(root() + QStringLiteral("/pipe.txt"), root() + QStringLiteral("/link.txt")));
+    QCOMPARE(scanned(root()), QStringList{QStringLiteral("/a.txt")});
+}
+
+void tst_ProjectFolderScan::ownOrderOfTheFileSystemIsKeptAroundSubfolders()
+{
+    for (int i = 0; i < 30; ++i)
+        write(i % 4 == 0 ? QStringLiteral("%1/inside.txt").arg(i) : QStringLiteral("%1").arg(i));
+    QStringList expected;
+    QDirIterator entries(root(), QDir::AllEntries | QDir::NoDotAndDotDot);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        expected.append(entries.fileInfo().isDir() ? path + QStringLiteral("/inside.txt") : path);
+    }
+    QStringList paths;
+    const auto files = ProjectFolderScan(root(), {}).run();
+    for (const LocalUploadFile &file : files)
+        paths.append(file.absolutePath);
+    QCOMPARE(paths.size(), 30);
+    QCOMPARE(paths, expected);
 }
 
 void tst_ProjectFolderScan::secondRunFindsTheSame()

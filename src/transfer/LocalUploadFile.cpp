@@ -15,11 +15,17 @@ const QLatin1String PICTURE_EXTENSIONS[]
     = {QLatin1String("bmp"), QLatin1String("jpg"),  QLatin1String("jpeg"), QLatin1String("tiff"),
        QLatin1String("emf"), QLatin1String("exif"), QLatin1String("png"),  QLatin1String("wmf")};
 
+bool isLetter(QChar letter, char lowerCase)
+{
+    const ushort code = letter.unicode();
+    return code == lowerCase || (code >= 'A' && code <= 'Z' && code - 'A' + 'a' == lowerCase);
+}
+
 template <std::size_t N>
 bool isOneOf(const QStringRef &text, const QLatin1String (&choices)[N])
 {
     return std::any_of(std::begin(choices), std::end(choices), [&text](QLatin1String choice) {
-        return text.size() == choice.size() && text.compare(choice, Qt::CaseInsensitive) == 0;
+        return std::equal(text.begin(), text.end(), choice.begin(), choice.end(), isLetter);
     });
 }
 

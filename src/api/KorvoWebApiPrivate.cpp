@@ -6,9 +6,9 @@
 namespace Korvo::Web {
 
 KorvoWebApiPrivate::KorvoWebApiPrivate()
-    : mailbox(this)
+    : worker(new KorvoWebApiWorker)
+    , mailbox(worker, this)
     , thread(new Shared::WorkerThread)
-    , worker(new KorvoWebApiWorker)
 {
     worker->moveToThread(thread.data());
     relaySignals();

@@ -115,9 +115,9 @@ private:
     unsigned int newDownloadId();
     unsigned int newUploadId();
 
-    SignalMailbox mailbox; // before the thread: the worker posts until that has ended
-    const QScopedPointer<Shared::WorkerThread> thread;
     KorvoWebApiWorker *const worker; // deleted on its own thread when that ends
+    SignalMailbox mailbox;           // before the thread: the worker posts until that has ended
+    const QScopedPointer<Shared::WorkerThread> thread;
     quint32 nextDownloadId = 0;
     quint32 nextUploadId = 0;
 };

@@ -7,8 +7,9 @@
 
 namespace Korvo::Web {
 
-SignalMailbox::SignalMailbox(QObject *receiver)
-    : context(receiver)
+SignalMailbox::SignalMailbox(QObject *sender, QObject *receiver)
+    : gatherer(sender)
+    , context(receiver)
 {
 }
 
@@ -17,7 +18,19 @@ void SignalMailbox::post(Delivery delivery)
     {
         const QMutexLocker lock(&mutex);
         waiting.push_back(std::move(delivery));
-        if (std::exchange(called, true))
+        if (called || std::exchange(gathering, true))
+            return;
+    }
+    QMetaObject::invokeMethod(
+        gatherer, [this] { endGathering(); }, Qt::QueuedConnection);
+}
+
+void SignalMailbox::endGathering()
+{
+    {
+        const QMutexLocker lock(&mutex);
+        gathering = false;
+        if (waiting.empty() || std::exchange(called, true))
             return;
     }
     callReceiver();

@@ -4,6 +4,7 @@
 #include <QtCore/QEvent>
 #include <QtCore/QEventLoop>
 #include <QtCore/QScopedPointer>
+#include <QtCore/QSemaphore>
 #include <QtCore/QStringList>
 #include <QtCore/QThread>
 #include <QtTest/QtTest>
@@ -17,7 +18,7 @@ class Host : public QObject
 {
 public:
     Host()
-        : mailbox(this)
+        : mailbox(&sender, this)
     {
     }
 
@@ -28,9 +29,17 @@ public:
         return QObject::event(event);
     }
 
+    QObject sender;
     SignalMailbox mailbox;
     int wakes = 0;
 };
+
+/// By then everything that was posted has gone its way, whoever had to be called first.
+void letAllArrive()
+{
+    for (int turn = 0; turn < 5; ++turn)
+        QCoreApplication::processEvents();
+}
 
 } // namespace
 
@@ -48,6 +57,7 @@ private Q_SLOTS:
     void nothingIsDeliveredToAHostThatIsGone();
     void hostMayGoInsideADelivery();
     void hostMayGoInsideALoopOfADelivery();
+    void hostIsLeftAloneUntilTheSenderIsThrough();
     void otherThreadsLoseNothing();
 
 private:
@@ -79,16 +89,16 @@ void tst_SignalMailbox::nothingIsDeliveredInsideThePost()
 {
     post(QStringLiteral("a"));
     QCOMPARE(heard, QStringList());
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard, QStringList{QStringLiteral("a")});
 }
 
 void tst_SignalMailbox::deliveriesKeepTheirOrder()
 {
     post(QStringLiteral("abc"));
-    QCoreApplication::processEvents();
+    letAllArrive();
     post(QStringLiteral("de"));
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard.join(QString()), QStringLiteral("abcde"));
 }
 
@@ -96,7 +106,7 @@ void tst_SignalMailbox::manyDeliveriesWakeTheHostOnce()
 {
     for (int i = 0; i < 1000; ++i)
         host->mailbox.post(note(QString::number(i)));
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard.size(), 1000);
     QVERIFY2(host->wakes <= 2, qPrintable(QString::number(host->wakes)));
 }
@@ -125,7 +135,7 @@ void tst_SignalMailbox::loopInsideADeliveryHearsOfTheRest()
     host->mailbox.post([&] {
         QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
     });
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard, QStringList({QStringLiteral("begin"), QStringLiteral("a"), QStringLiteral("b"),
                                  QStringLiteral("c"), QStringLiteral("end")}));
 }
@@ -134,7 +144,7 @@ void tst_SignalMailbox::nothingIsDeliveredToAHostThatIsGone()
 {
     post(QStringLiteral("ab"));
     host.reset();
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard, QStringList());
 }
 
@@ -143,7 +153,7 @@ void tst_SignalMailbox::hostMayGoInsideADelivery()
     post(QStringLiteral("a"));
     host->mailbox.post([this] { host.reset(); });
     post(QStringLiteral("b"));
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard, QStringList{QStringLiteral("a")});
 }
 
@@ -159,8 +169,37 @@ void tst_SignalMailbox::hostMayGoInsideALoopOfADelivery()
         loop.quit();
     });
     post(QStringLiteral("a"));
-    QCoreApplication::processEvents();
+    letAllArrive();
     QCOMPARE(heard, QStringList{QStringLiteral("end")});
+}
+
+// Otherwise both threads would take the processor from each other with every word.
+void tst_SignalMailbox::hostIsLeftAloneUntilTheSenderIsThrough()
+{
+    QThread thread;
+    QScopedPointer<QObject, QScopedPointerDeleteLater> sender(new QObject);
+    sender->moveToThread(&thread);
+    SignalMailbox mailbox(sender.data(), host.data());
+    QSemaphore posted;
+    QSemaphore through;
+    thread.start();
+    QMetaObject::invokeMethod(sender.data(), [&] {
+        mailbox.post(note(QStringLiteral("a")));
+        posted.release();
+        through.acquire();
+        mailbox.post(note(QStringLiteral("b")));
+    });
+    posted.acquire();
+    letAllArrive();
+    QCOMPARE(heard, QStringList());
+    QCOMPARE(host->wakes, 0);
+    through.release();
+    QTRY_COMPARE(heard.join(QString()), QStringLiteral("ab"));
+    letAllArrive();
+    QVERIFY2(host->wakes <= 2, qPrintable(QString::number(host->wakes)));
+    sender.reset();
+    thread.quit();
+    QVERIFY(thread.wait());
 }
 
 void tst_SignalMailbox::otherThreadsLoseNothing()

@@ -13,6 +13,8 @@
 #include <QtCore/QUrl>
 #include <QtCore/QUuid>
 
+#include <algorithm>
+
 namespace Korvo::Web {
 
 namespace {
@@ -51,6 +53,9 @@ QByteArray hmacBlock(const QByteArray &key)
 // of it is trusted that far.
 QByteArray onOneLine(QByteArray text)
 {
+    const auto isBreak = [](char c) { return c == '\r' || c == '\n' || c == '\0'; };
+    if (std::none_of(text.cbegin(), text.cend(), isBreak)) // as good as always
+        return text;
     return text.replace('\r', "").replace('\n', "").replace('\0', "");
 }
 

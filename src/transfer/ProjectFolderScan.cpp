@@ -4,6 +4,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QStringView>
 
 #include <algorithm>
 #include <iterator>
@@ -23,12 +24,22 @@ constexpr Qt::CaseSensitivity PATH_CASE = Qt::CaseSensitive;
 
 const QString PROJECT_FILE = QStringLiteral("project.xml");
 
+/// So many characters of the absolute path of each file stand before its relative one.
+int lengthBeforeRelativePaths(const QString &root)
+{
+    const QString absoluteRoot = QDir(root).absolutePath();
+    const QString inRoot = absoluteRoot.endsWith(QLatin1Char('/')) ? absoluteRoot : absoluteRoot + QLatin1Char('/');
+    // Else the project path is relative, or written in a roundabout way.
+    return inRoot.startsWith(QDir::fromNativeSeparators(root), PATH_CASE) ? root.size() : absoluteRoot.size();
+}
+
 } // namespace
 
 ProjectFolderScan::ProjectFolderScan(const QString &projectPath, const QMap<QString, RemoteFileEntry> &remoteFiles)
     : root(projectPath)
-    , rootWithSlashes(QDir::fromNativeSeparators(projectPath))
+    , lengthBeforeRelative(lengthBeforeRelativePaths(projectPath))
     , remote(remoteFiles)
+    , backupMark(BACKUP_MARK)
 {
 }
 
@@ -72,8 +83,8 @@ void ProjectFolderScan::scan(const QString &folder)
 // A database is never left out, whatever else its name says.
 bool ProjectFolderScan::isLeftOut(const FolderEntry &file) const
 {
-    const QStringRef name = file.path.midRef(file.path.lastIndexOf(QLatin1Char('/')) + 1);
-    if (name.contains(BACKUP_MARK))
+    const QStringView name = QStringView(file.path).mid(file.path.lastIndexOf(QLatin1Char('/')) + 1);
+    if (backupMark.indexIn(name) >= 0)
         return !name.contains(DATABASE_MARK);
     return name == PROJECT_FILE && isKnownProjectFile(file);
 }
@@ -87,21 +98,13 @@ bool ProjectFolderScan::isKnownProjectFile(const FolderEntry &file) const
 
 LocalUploadFile ProjectFolderScan::describe(const FolderEntry &file) const
 {
-    return LocalUploadFile(file.path, relativePart(file.path), file.size);
+    return LocalUploadFile(file.path, QStringView(file.path).mid(lengthBeforeRelative), file.size);
 }
 
 LocalUploadFile ProjectFolderScan::describe(const QFileInfo &file) const
 {
     const QString absolutePath = file.absoluteFilePath();
-    return LocalUploadFile(absolutePath, relativePart(absolutePath), quint64(file.size()));
-}
-
-QStringRef ProjectFolderScan::relativePart(const QString &absolutePath) const
-{
-    if (absolutePath.startsWith(rootWithSlashes, PATH_CASE))
-        return absolutePath.midRef(root.size());
-    // A project path that is relative, or written in a roundabout way.
-    return absolutePath.midRef(QDir(root).absolutePath().size());
+    return LocalUploadFile(absolutePath, absolutePath.midRef(lengthBeforeRelative), quint64(file.size()));
 }
 
 } // namespace Korvo::Web

@@ -6,6 +6,7 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QStringMatcher>
 
 #include <deque>
 #include <vector>
@@ -43,11 +44,11 @@ private:
     LocalUploadFile describe(const FolderEntry &file) const;
     bool isLeftOut(const FolderEntry &file) const;
     bool isKnownProjectFile(const FolderEntry &file) const;
-    QStringRef relativePart(const QString &absolutePath) const;
 
     const QString root;
-    const QString rootWithSlashes;
+    const int lengthBeforeRelative;
     const QMap<QString, RemoteFileEntry> remote;
+    const QStringMatcher backupMark; // prepared once: it is looked for in every name
     std::deque<LocalUploadFile> found;
     QStringList unreadable;
     QStringList enteredFolders; // canonical paths from the root down to where the scan stands

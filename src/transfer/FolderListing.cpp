@@ -5,7 +5,6 @@
 #include <QtCore/QFileInfo>
 
 #if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -43,15 +42,21 @@ std::string_view nameIn(std::string_view path)
     return path.substr(path.rfind('/') + 1);
 }
 
+// Without an early end, so that the compiler takes many letters at a time.
 bool isAscii(std::string_view text)
 {
-    return std::all_of(text.begin(), text.end(), [](unsigned char letter) { return letter < 0x80; });
+    unsigned char bits = 0;
+    for (const char letter : text)
+        bits |= static_cast<unsigned char>(letter);
+    return bits < 0x80;
 }
 
-/// As QFile::decodeName(), without a copy. Null when Qt would not find the way back from the text to the name; that of the
-/// folder has been found already.
+/// As QFile::decodeName(), which copies first. Null when Qt would not find the way back from the text to the name; that of
+/// the folder has been found already.
 QString decoded(const std::string &path, std::string_view name)
 {
+    if (isAscii(path))
+        return QString::fromLatin1(path.data(), int(path.size()));
     const QString text = QString::fromLocal8Bit(path.data(), int(path.size()));
     return isAscii(name) || QFile::encodeName(text) == path.c_str() ? text : QString();
 }

@@ -48,16 +48,12 @@ void PartBuffer::leave(const QObject *file)
 void PartBuffer::keepBody(QByteArray spent)
 {
     if (!spent.isEmpty())
-        bodies.push_back(std::move(spent));
+        bodies.append(std::move(spent));
 }
 
 QByteArray PartBuffer::takeBody()
 {
-    if (bodies.empty())
-        return {};
-    QByteArray body = std::move(bodies.back());
-    bodies.pop_back();
-    return body;
+    return bodies.isEmpty() ? QByteArray() : bodies.takeLast();
 }
 
 } // namespace Korvo::Web

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 #include <QtCore/QPointer>
 #include <QtCore/QSharedPointer>
 
@@ -47,7 +48,7 @@ private:
 
     const QObject *reader = nullptr;
     std::vector<Waiting> waiting;
-    std::vector<QByteArray> bodies;
+    QList<QByteArray> bodies;
 };
 
 } // namespace Korvo::Web

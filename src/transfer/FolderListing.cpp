@@ -20,12 +20,12 @@ bool listFolderByQt(const QString &absoluteFolder, const EntryTaker &take)
         return !folder.exists();
     QDirIterator entries(absoluteFolder, QDir::AllEntries | QDir::NoDotAndDotDot);
     while (entries.hasNext()) {
-        const QString path = entries.next();
+        entries.next();
         const QFileInfo entry = entries.fileInfo();
         if (entry.isDir())
-            take({path, true, 0});
+            take({entry.fileName(), true, 0});
         else if (entry.isFile()) // a link to a pipe is none, and yet among the entries
-            take({path, false, quint64(entry.size())});
+            take({entry.fileName(), false, quint64(entry.size())});
     }
     return true;
 }
@@ -51,14 +51,16 @@ bool isAscii(std::string_view text)
     return bits < 0x80;
 }
 
-/// As QFile::decodeName(), which copies first. Null when Qt would not find the way back from the text to the name; that of
-/// the folder has been found already.
+/// As QFile::decodeName(), which copies first. Null when Qt would not find the way back from the text to the name.
+/// @param name  the last part of @p path
 QString decoded(const std::string &path, std::string_view name)
 {
-    if (isAscii(path))
-        return QString::fromLatin1(path.data(), int(path.size()));
-    const QString text = QString::fromLocal8Bit(path.data(), int(path.size()));
-    return isAscii(name) || QFile::encodeName(text) == path.c_str() ? text : QString();
+    if (isAscii(name))
+        return QString::fromLatin1(name.data(), int(name.size()));
+    // With the slash before it: at the beginning of a text, some letters would be signs of its encoding.
+    const char *const withSlash = path.data() + (path.size() - name.size() - 1);
+    const QString text = QString::fromLocal8Bit(withSlash, int(name.size() + 1));
+    return QFile::encodeName(text) == withSlash ? text.mid(1) : QString();
 }
 
 quint64 sizeOf(const fs::directory_entry &file)
@@ -77,18 +79,18 @@ bool isNothingThere(const std::error_code &failure)
 /// False when the entry is lost.
 bool takeEntry(const fs::directory_entry &entry, const EntryTaker &take)
 {
-    const std::string &encodedPath = entry.path().native();
-    const std::string_view name = nameIn(encodedPath);
-    if (name.front() == '.')
+    const std::string &path = entry.path().native();
+    const std::string_view encodedName = nameIn(path);
+    if (encodedName.front() == '.')
         return true;
     std::error_code failure;
     const bool isFolder = entry.is_directory(failure);
     if (!isFolder && !entry.is_regular_file(failure))
         return !failure || isNothingThere(failure);
-    const QString path = decoded(encodedPath, name);
-    if (path.isNull())
+    const QString name = decoded(path, encodedName);
+    if (name.isNull())
         return false;
-    take({path, isFolder, isFolder ? 0 : sizeOf(entry)});
+    take({name, isFolder, isFolder ? 0 : sizeOf(entry)});
     return true;
 }
 

@@ -9,7 +9,7 @@ namespace Korvo::Web {
 /// A file or folder that lies directly in another folder.
 struct FolderEntry
 {
-    QString path;
+    QString name;
     bool isFolder;
     quint64 size; ///< bytes; 0 for a folder, and for a file that tells no size
 };

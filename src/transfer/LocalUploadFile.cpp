@@ -38,30 +38,43 @@ QStringRef lastPart(const QStringRef &text, QLatin1Char separator)
 
 LocalUploadFile::LocalUploadFile(const QString &absoluteFilePath, QStringView relativeFilePath, quint64 fileSize,
                                  const QDateTime &modificationTime)
-    : absolutePath(absoluteFilePath)
-    , size(fileSize)
-    , relativeLength(int(relativeFilePath.size()))
+    : size(fileSize)
+    , folder(absoluteFilePath.left(absoluteFilePath.lastIndexOf(QLatin1Char('/')) + 1))
+    , fileName(absoluteFilePath.mid(folder.size()))
+    , relativeStart(absoluteFilePath.size() - int(relativeFilePath.size()))
     , knownModificationTime(modificationTime)
 {
-    if (!QStringView(absolutePath).endsWith(relativeFilePath))
+    if (!QStringView(absoluteFilePath).endsWith(relativeFilePath))
         otherRelativePath = relativeFilePath.toString();
     classify();
 }
 
-QStringRef LocalUploadFile::relativePart() const
+LocalUploadFile::LocalUploadFile(const QString &place, const QString &name, int lengthBeforeRelative, quint64 fileSize)
+    : size(fileSize)
+    , folder(place)
+    , fileName(name)
+    , relativeStart(lengthBeforeRelative)
 {
-    return otherRelativePath.isEmpty() ? absolutePath.rightRef(relativeLength) : QStringRef(&otherRelativePath);
+    classify();
+}
+
+QString LocalUploadFile::relativePath() const
+{
+    return otherRelativePath.isEmpty() ? absolutePath().mid(relativeStart) : otherRelativePath;
 }
 
 QDateTime LocalUploadFile::lastModified() const
 {
-    return knownModificationTime.isNull() ? QFileInfo(absolutePath).lastModified() : knownModificationTime;
+    return knownModificationTime.isNull() ? QFileInfo(absolutePath()).lastModified() : knownModificationTime;
 }
 
 // What follows the last dot of the whole relative path decides, even if that dot stands in the name of a folder.
 void LocalUploadFile::classify()
 {
-    const QStringRef extension = lastPart(relativePart(), QLatin1Char('.'));
+    const bool nameDecides
+        = otherRelativePath.isEmpty() && relativeStart <= folder.size() && fileName.contains(QLatin1Char('.'));
+    const QString text = nameDecides ? fileName : relativePath();
+    const QStringRef extension = lastPart(QStringRef(&text), QLatin1Char('.'));
     isVideo = isOneOf(extension, VIDEO_EXTENSIONS);
     isPicture = !isVideo && isOneOf(extension, PICTURE_EXTENSIONS);
 }
@@ -80,7 +93,8 @@ QString LocalUploadFile::remoteKey(const MediaNamesList &nodeMediaFiles) const
         return relativePath();
     const QString kind = isPicture ? QStringLiteral("Picture/") : QStringLiteral("Video/");
     const QString place = belongsToNode(nodeMediaFiles) ? QStringLiteral("Nod/") : QStringLiteral("Sec/");
-    return kind + place + lastPart(relativePart(), QLatin1Char('/'));
+    const QString path = relativePath();
+    return kind + place + lastPart(QStringRef(&path), QLatin1Char('/'));
 }
 
 } // namespace Korvo::Web

@@ -61,15 +61,17 @@ void ProjectFolderScan::scan(const QString &folder)
     enteredFolders.append(canonical);
     // Read to the end before any subfolder is entered: a deep tree would keep too many folders open.
     std::vector<Subfolder> subfolders;
-    const bool isWhole = listFolder(dir.absolutePath(), [&](const FolderEntry &entry) {
+    const QString path = dir.absolutePath();
+    const QString place = path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
+    const bool isWhole = listFolder(path, [&](const FolderEntry &entry) {
         if (entry.isFolder)
-            subfolders.push_back({entry.path, {}});
+            subfolders.push_back({place + entry.name, {}});
         else if (isLeftOut(entry))
             return;
         else if (subfolders.empty())
-            found.push_back(describe(entry));
+            found.emplace_back(place, entry.name, lengthBeforeRelative, entry.size);
         else
-            subfolders.back().filesBehind.push_back(describe(entry));
+            subfolders.back().filesBehind.emplace_back(place, entry.name, lengthBeforeRelative, entry.size);
     });
     if (!isWhole)
         unreadable.append(folder);
@@ -83,10 +85,9 @@ void ProjectFolderScan::scan(const QString &folder)
 // A database is never left out, whatever else its name says.
 bool ProjectFolderScan::isLeftOut(const FolderEntry &file) const
 {
-    const QStringView name = QStringView(file.path).mid(file.path.lastIndexOf(QLatin1Char('/')) + 1);
-    if (backupMark.indexIn(name) >= 0)
-        return !name.contains(DATABASE_MARK);
-    return name == PROJECT_FILE && isKnownProjectFile(file);
+    if (backupMark.indexIn(file.name) >= 0)
+        return !file.name.contains(DATABASE_MARK);
+    return file.name == PROJECT_FILE && isKnownProjectFile(file);
 }
 
 // The project's description goes up again only when it is new or its size has changed; everything else always does.
@@ -94,11 +95,6 @@ bool ProjectFolderScan::isKnownProjectFile(const FolderEntry &file) const
 {
     const auto known = remote.constFind(PROJECT_FILE);
     return known != remote.constEnd() && quint64(known->size) == file.size;
-}
-
-LocalUploadFile ProjectFolderScan::describe(const FolderEntry &file) const
-{
-    return LocalUploadFile(file.path, QStringView(file.path).mid(lengthBeforeRelative), file.size);
 }
 
 LocalUploadFile ProjectFolderScan::describe(const QFileInfo &file) const

@@ -41,7 +41,6 @@ private:
     };
 
     void scan(const QString &folder);
-    LocalUploadFile describe(const FolderEntry &file) const;
     bool isLeftOut(const FolderEntry &file) const;
     bool isKnownProjectFile(const FolderEntry &file) const;
 

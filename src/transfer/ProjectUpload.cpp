@@ -190,8 +190,9 @@ void ProjectUpload::startFile(const LocalUploadFile &file)
 {
     const QString key = file.remoteKey(nodeMediaFiles);
     noteSharedKey(file, key);
-    const UploadFileDescriptor descriptor{projectFolderName, file.absolutePath, key, bucketName, file.isVideo};
-    const bool fitsOnePart = QFileInfo(file.absolutePath).size() <= SINGLE_PART_BYTES;
+    const QString path = file.absolutePath();
+    const UploadFileDescriptor descriptor{projectFolderName, path, key, bucketName, file.isVideo};
+    const bool fitsOnePart = QFileInfo(path).size() <= SINGLE_PART_BYTES;
     auto *const handle = fitsOnePart ? startSinglePart(descriptor) : startMultiPart(descriptor);
     if (!handle) {
         Q_EMIT errorOccurred(uploadId, Error::FileOpen);
@@ -200,7 +201,7 @@ void ProjectUpload::startFile(const LocalUploadFile &file)
     handle->setParent(this);
     connect(handle, &AbstractUploadFileRequestHandle::uploadedBytes, this, &ProjectUpload::updateBytes);
     handle->reportStart();
-    activeUploads.insert(file.absolutePath, handle);
+    activeUploads.insert(path, handle);
     currentFiles = activeUploads.keys();
     if (aborted) // by whoever heard of the start
         handle->abort();
@@ -257,11 +258,12 @@ void ProjectUpload::noteSharedKey(const LocalUploadFile &file, const QString &ke
     if (!file.isPicture && !file.isVideo)
         return;
     // A file that starts over is no second one.
-    if (usedMediaKeys.value(key, file.absolutePath) != file.absolutePath)
+    const QString path = file.absolutePath();
+    if (usedMediaKeys.value(key, path) != path)
         logFailure(LOG_CATEGORY, QStringLiteral("Two media files have the same remote name, the later one replaces the "
                                                 "earlier one: ")
-                                     + file.absolutePath);
-    usedMediaKeys.insert(key, file.absolutePath);
+                                     + path);
+    usedMediaKeys.insert(key, path);
 }
 
 void ProjectUpload::updateBytes(qint64 fileUploadedBytes, qint64 lastStepUploadedBytes, qint64 totalFileBytes,

@@ -28,6 +28,8 @@ class tst_LocalUploadFile : public QObject
 
 private Q_SLOTS:
     void keepsWhatItIsGiven();
+    void placeAndNameMakeTheSameFile_data();
+    void placeAndNameMakeTheSameFile();
     void relativePathNeedNotEndTheAbsoluteOne();
     void extensionDecidesTheKind_data();
     void extensionDecidesTheKind();
@@ -42,12 +44,54 @@ void tst_LocalUploadFile::keepsWhatItIsGiven()
     const QDateTime time(QDate(2024, 2, 29), QTime(23, 59, 58));
     const LocalUploadFile file(QStringLiteral("/p/Köln #1/a b.txt"), QStringLiteral("/Köln #1/a b.txt"),
                                Q_UINT64_C(18446744073709551615), time);
-    QCOMPARE(file.absolutePath, QStringLiteral("/p/Köln #1/a b.txt"));
+    QCOMPARE(file.absolutePath(), QStringLiteral("/p/Köln #1/a b.txt"));
     QCOMPARE(file.relativePath(), QStringLiteral("/Köln #1/a b.txt"));
     QCOMPARE(file.size, Q_UINT64_C(18446744073709551615));
     QCOMPARE(file.lastModified(), time);
     QVERIFY(!file.isVideo);
     QVERIFY(!file.isPicture);
+}
+
+void tst_LocalUploadFile::placeAndNameMakeTheSameFile_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("lengthBefore");
+    QTest::addColumn<QString>("key");
+    QTest::newRow("in the project folder")
+        << QStringLiteral("/p/") << QStringLiteral("a.jpg") << 3 << QStringLiteral("Picture/Sec/a.jpg");
+    QTest::newRow("leading separator") << QStringLiteral("/p/") << QStringLiteral("a.jpg") << 2
+                                       << QStringLiteral("Picture/Sec/a.jpg");
+    QTest::newRow("deeper") << QStringLiteral("/p/Köln #1/b/") << QStringLiteral("Clip.MP4") << 3
+                            << QStringLiteral("Video/Sec/Clip.MP4");
+    QTest::newRow("no dot in the name, one in a folder")
+        << QStringLiteral("/p/x.mov/") << QStringLiteral("README") << 3 << QStringLiteral("x.mov/README");
+    QTest::newRow("a dot before the project's end alone")
+        << QStringLiteral("/p.mov/") << QStringLiteral("mov") << 7 << QStringLiteral("Video/Sec/mov");
+    QTest::newRow("ends with a dot") << QStringLiteral("/p/b.jpg/") << QStringLiteral("a.") << 3
+                                     << QStringLiteral("b.jpg/a.");
+    QTest::newRow("relative path amid the name")
+        << QStringLiteral("/p/") << QStringLiteral("x.ajpg") << 6 << QStringLiteral("Picture/Sec/jpg");
+    QTest::newRow("at the root") << QStringLiteral("/") << QStringLiteral("a.png") << 1
+                                 << QStringLiteral("Picture/Sec/a.png");
+}
+
+void tst_LocalUploadFile::placeAndNameMakeTheSameFile()
+{
+    QFETCH(QString, place);
+    QFETCH(QString, name);
+    QFETCH(int, lengthBefore);
+    const QString path = place + name;
+    const LocalUploadFile expected(path, path.mid(lengthBefore), 7);
+    const LocalUploadFile file(place, name, lengthBefore, 7);
+    QCOMPARE(file.absolutePath(), path);
+    QCOMPARE(file.relativePath(), path.mid(lengthBefore));
+    QCOMPARE(file.relativePath(), expected.relativePath());
+    QCOMPARE(file.size, quint64(7));
+    QCOMPARE(file.isVideo, expected.isVideo);
+    QCOMPARE(file.isPicture, expected.isPicture);
+    QTEST(file.remoteKey({}), "key");
+    QTEST(expected.remoteKey({}), "key");
 }
 
 void tst_LocalUploadFile::relativePathNeedNotEndTheAbsoluteOne()

@@ -139,7 +139,7 @@ void tst_ProjectFolderScan::filesAreDescribedAsTheyAreOnDisk()
     const QFileInfo disk(root() + QStringLiteral("/video/Clip.MOV"));
     const auto files = ProjectFolderScan(root(), {}).run();
     QCOMPARE(int(files.size()), 1);
-    QCOMPARE(files.front().absolutePath, disk.absoluteFilePath());
+    QCOMPARE(files.front().absolutePath(), disk.absoluteFilePath());
     QCOMPARE(files.front().relativePath(), QStringLiteral("/video/Clip.MOV"));
     QCOMPARE(files.front().size, Q_UINT64_C(4321));
     QCOMPARE(files.front().lastModified(), disk.lastModified());
@@ -338,7 +338,7 @@ void tst_ProjectFolderScan::ownOrderOfTheFileSystemIsKeptAroundSubfolders()
     QStringList paths;
     const auto files = ProjectFolderScan(root(), {}).run();
     for (const LocalUploadFile &file : files)
-        paths.append(file.absolutePath);
+        paths.append(file.absolutePath());
     QCOMPARE(paths.size(), 30);
     QCOMPARE(paths, expected);
 }
